@@ -1,0 +1,23 @@
+/// @file
+/// File access with the framework's paths. The framework builds Windows-style paths
+/// ("\materials\shaders\"); every function here accepts "\" and "/" alike and maps "\"
+/// to "/" before touching the file system. Third-party code that opens files itself
+/// (the Cg runtime, image and zip libraries) must be given QorNativePath().
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+/// The path with every "\" turned into "/"; a null path gives "".
+std::string QorNativePath(const char* path);
+
+/// Like _access: mode 0 tests existence, 2 write, 4 read, 6 both.
+/// Returns 0 when the file allows it, -1 otherwise (also for a null or empty path).
+int QorFileAccess(const char* path, int mode);
+
+/// fopen() on the native form of the path; null on failure or a null argument.
+FILE* QorFopen(const char* path, const char* mode);
+
+/// Creates the directory and any missing parents. Returns 0 when it exists afterwards,
+/// -1 when it cannot be made, when a component is "..", or when the path is empty.
+int QorCreateDirectory(const char* path);

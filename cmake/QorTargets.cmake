@@ -1,0 +1,46 @@
+# Common settings for every target of the project.
+
+set(QOR_WARNINGS -Wall -Wextra)
+if(QOR_WERROR)
+  list(APPEND QOR_WARNINGS -Werror)
+endif()
+
+if(QOR_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# qor_module(NAME SOURCES... [LINKS ...] [PRIVATE_LINKS ...])
+# A shared platform or product library whose public headers sit in include/<NAME>/
+# beside its sources; installed with its headers.
+function(qor_module name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  add_library(${name} SHARED ${ARG_SOURCES})
+  add_library(Qor::${name} ALIAS ${name})
+  target_compile_options(${name} PRIVATE ${QOR_WARNINGS})
+  target_include_directories(${name} PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  install(TARGETS ${name} EXPORT QorVisShadersTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
+    install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  endif()
+endfunction()
+
+# qor_test(NAME SOURCES... LINKS... [GL]) adds a GoogleTest executable and registers it
+# with CTest; GL tests carry the label "gl" and need an X display (xvfb-run).
+function(qor_test name)
+  cmake_parse_arguments(ARG "GL" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_compile_options(${name} PRIVATE ${QOR_WARNINGS})
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS} QorTestSupport GTest::gtest GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name})
+  if(ARG_GL)
+    set_tests_properties(${name} PROPERTIES LABELS gl)
+  endif()
+endfunction()
