@@ -44,3 +44,36 @@ function(qor_test name)
     set_tests_properties(${name} PROPERTIES LABELS gl)
   endif()
 endfunction()
+
+# qor_library_module(NAME): one module folder of the shader library (NAME.m/src/*.cpp),
+# compiled as an object library and linked into the single shared QorVisShaders.
+# Modules see each other's private headers; the public ones are in include/QorVisShaders.
+function(qor_library_module name)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/src/*.cpp)
+  add_library(${name} OBJECT ${sources})
+  target_compile_options(${name} PRIVATE ${QOR_WARNINGS})
+  target_include_directories(${name} PUBLIC
+    ${PROJECT_SOURCE_DIR}/QorVisShaderManager.m/src
+    ${PROJECT_SOURCE_DIR}/QorVisShaderCGFX.m/src)
+  target_link_libraries(${name} PUBLIC QorVisShadersInterfaces QorVisFoundation QorSystem QorDiagnostics
+    Cg::Cg Cg::CgGL)
+endfunction()
+
+# qor_module_tests(NAME DIR LINKS... [INCLUDES ...]): the tests of one module, DIR/*Test.cpp.
+# Files named *GLTest.cpp need an X display and go into NAMEGLTest (label "gl");
+# the rest into NAMETest.
+function(qor_module_tests name dir)
+  cmake_parse_arguments(ARG "" "" "LINKS;INCLUDES" ${ARGN})
+  file(GLOB all_tests CONFIGURE_DEPENDS ${dir}/*Test.cpp)
+  file(GLOB gl_tests CONFIGURE_DEPENDS ${dir}/*GLTest.cpp)
+  set(plain_tests ${all_tests})
+  if(gl_tests)
+    list(REMOVE_ITEM plain_tests ${gl_tests})
+    qor_test(${name}GLTest SOURCES ${gl_tests} LINKS ${ARG_LINKS} QorGL Cg::CgGL OpenGL::GL GL)
+    target_include_directories(${name}GLTest PRIVATE ${ARG_INCLUDES})
+  endif()
+  if(plain_tests)
+    qor_test(${name}Test SOURCES ${plain_tests} LINKS ${ARG_LINKS})
+    target_include_directories(${name}Test PRIVATE ${ARG_INCLUDES})
+  endif()
+endfunction()

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 /// The path with every "\" turned into "/"; a null path gives "".
@@ -17,6 +18,13 @@ int QorFileAccess(const char* path, int mode);
 
 /// fopen() on the native form of the path; null on failure or a null argument.
 FILE* QorFopen(const char* path, const char* mode);
+
+struct QorFileCloser
+{
+    void operator()(FILE* file) const { std::fclose(file); }
+};
+/// An open C stream closed when it goes out of scope.
+using QorFile = std::unique_ptr<FILE, QorFileCloser>;
 
 /// Creates the directory and any missing parents. Returns 0 when it exists afterwards,
 /// -1 when it cannot be made, when a component is "..", or when the path is empty.

@@ -1,0 +1,220 @@
+// Lifecycle of a CgFX effect: construction, reference counting, the registry by name,
+// naming, source and streaming.
+#include "QorVisShaders/QorShaderEffect.h"
+
+#include "QorShaderEffectAndName.h"
+#include "QorShaderInterface.h"
+#include "QorShaderParameters.h"
+#include "QorSystem/QorStrings.h"
+#include "QorVisFoundation/QorGLServices.h"
+#include "QorVisFoundation/QorStreamer.h"
+
+#include <Cg/cg.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <unordered_map>
+
+namespace {
+
+// The registry keeps the order of registration (first match wins when scanning) and
+// indexes by name and by effect so lookups stay fast with many effects.
+struct EffectRegistry
+{
+    std::vector<std::unique_ptr<QorShaderEffectAndName>> entries;
+    std::unordered_map<std::string, QorShaderEffectAndName*> byName;
+    std::unordered_map<const QorShaderEffect*, QorShaderEffectAndName*> byEffect;
+};
+
+EffectRegistry& _listShaderEffectName()
+{
+    static EffectRegistry registry;
+    return registry;
+}
+
+} // namespace
+
+QorShaderEffect::QorShaderEffect()
+{
+    Init();
+}
+
+QorShaderEffect::~QorShaderEffect()
+{
+    if (m_effect)
+        DeleteShaderEffect(m_effect);
+    // Destroy the context even when the last compilation failed and left no effect.
+    if (m_context)
+        cgDestroyContext(m_context);
+    m_effect = nullptr;
+    m_context = nullptr;
+    std::free(m_buffer);
+    std::free(m_name);
+    delete[] m_uuid;
+    delete[] m_provider;
+    delete m_parameters;
+    for (auto& entry : m_interfaces)
+        delete entry.second;
+    for (CGcontext context : m_retiredContexts)
+        cgDestroyContext(context);
+}
+
+unsigned int QorShaderEffect::AddRef()
+{
+    return ++m_refCount;
+}
+
+unsigned int QorShaderEffect::Release()
+{
+    if (m_refCount > 1)
+        return --m_refCount;
+    RemoveShaderEffect(this);
+    delete this;
+    return 0;
+}
+
+void QorShaderEffect::Init()
+{
+    m_lightModel = 0;
+    m_needTanBin = 0;
+    // The context is kept alive for interfaces made in it (see m_retiredContexts); the
+    // next compilation creates a fresh one.
+    if (m_context)
+        m_retiredContexts.push_back(m_context);
+    m_context = nullptr;
+    m_effect = nullptr;
+    std::fill(std::begin(m_matrices), std::end(m_matrices), nullptr);
+    // The seven coefficient handles are cleared by binding itself.
+    std::fill(m_material + QorEffectDiffuse, std::end(m_material), nullptr);
+    m_technique = nullptr;
+    m_techniqueIndex = 0;
+    m_lightsArray = nullptr;
+    m_lightCount = 0;
+    std::fill(std::begin(m_lights), std::end(m_lights), QorShaderLight{});
+    m_environmentState = QorEnvironmentNone;
+    m_environmentInterface = nullptr;
+    std::fill(std::begin(m_environmentMembers), std::end(m_environmentMembers), nullptr);
+    m_iblDiffuse = nullptr;
+    m_iblSpecular = nullptr;
+    m_techniqueValidated = 0;
+    m_bound = 0;
+    delete m_parameters;
+    m_parameters = nullptr;
+    m_interfaceParameters = nullptr;
+    std::free(m_buffer);
+    m_buffer = nullptr;
+    // The reference count is left alone: the holders of a shared effect keep their
+    // references across a recompilation, and resetting it would free the effect under them.
+}
+
+QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const char* name)
+{
+    const auto& byName = _listShaderEffectName().byName;
+    const auto found = byName.find(name ? name : "");
+    return found == byName.end() ? nullptr : found->second;
+}
+
+QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const QorShaderEffect* effect)
+{
+    const auto& byEffect = _listShaderEffectName().byEffect;
+    const auto found = byEffect.find(effect);
+    return found == byEffect.end() ? nullptr : found->second;
+}
+
+QorShaderEffect* QorShaderEffect::AddShaderEffect(const char* name)
+{
+    if (!name || !*name) {
+        QorShaderEffect* effect = new (std::nothrow) QorShaderEffect();
+        if (effect)
+            effect->SetName(_strdup(""));
+        return effect;
+    }
+    if (QorShaderEffectAndName* entry = GetShaderEffect(name)) {
+        entry->GetEffect()->AddRef();
+        return entry->GetEffect();
+    }
+    QorShaderEffect* effect = new (std::nothrow) QorShaderEffect();
+    if (!effect)
+        return nullptr;
+    EffectRegistry& registry = _listShaderEffectName();
+    registry.entries.push_back(std::make_unique<QorShaderEffectAndName>(name, effect));
+    registry.byName.emplace(name, registry.entries.back().get());
+    registry.byEffect.emplace(effect, registry.entries.back().get());
+    effect->SetName(_strdup(name));
+    return effect;
+}
+
+void QorShaderEffect::RemoveShaderEffect(const QorShaderEffect* effect)
+{
+    QorShaderEffectAndName* entry = GetShaderEffect(effect);
+    if (!entry)
+        return;
+    EffectRegistry& registry = _listShaderEffectName();
+    registry.byName.erase(entry->GetName());
+    registry.byEffect.erase(effect);
+    // Later entries move down one place; the order of the others is kept.
+    const auto position = std::find_if(registry.entries.rbegin(), registry.entries.rend(),
+                                       [entry](const auto& candidate) { return candidate.get() == entry; });
+    registry.entries.erase(std::next(position).base());
+}
+
+void QorShaderEffect::SetName(char* name)
+{
+    std::free(m_name);
+    m_name = name;
+}
+
+void QorShaderEffect::setFileName(const QorString& name)
+{
+    m_fileName = name;
+    const int separator = name.ReverseFindOneOf("\\/");
+    if (separator >= 1)
+        m_pathName = name.Left(separator + 1);
+}
+
+void QorShaderEffect::setBuffer(const char* text)
+{
+    std::free(m_buffer);
+    m_buffer = nullptr;
+    if (text) {
+        m_buffer = _strdup(text);
+        // The next compilation takes the buffer, not a file.
+        m_fileName = QorString("");
+    }
+}
+
+void QorShaderEffect::Stream(QorStreamer& streamer)
+{
+    streamer.WriteString(m_name);
+    streamer.WriteString(m_buffer);
+}
+
+void QorShaderEffect::UnStream(QorStreamer& streamer)
+{
+    char* name = nullptr;
+    char* buffer = nullptr;
+    streamer.ReadString(name);
+    streamer.ReadString(buffer);
+    // The previous texts are freed as they are replaced, so nothing leaks.
+    if (name)
+        SetName(_strdup(name));
+    if (buffer) {
+        std::free(m_buffer);
+        m_buffer = _strdup(buffer);
+    }
+    delete[] name;
+    delete[] buffer;
+}
+
+int QorShaderEffect::GetNumInterface(int& count) const
+{
+    count = static_cast<int>(m_interfaces.size());
+    return 1;
+}
+
+QorIShaderParameters* QorShaderEffect::Generate()
+{
+    return GenerateShader();
+}

@@ -1,0 +1,96 @@
+// What the user sees of a parameter: whether it becomes a user value, and its slider
+// range from the UI annotations.
+#include "QorVisShaders/QorShaderEffect.h"
+
+#include <cstring>
+#include <initializer_list>
+
+namespace {
+
+// Semantics the renderer feeds itself; such parameters are never user values. Not the
+// binding table: it also hides "WORLDINVERSE", "SPOT" and "INTENSITY", and leaves the
+// material semantics visible although they are bound too.
+const char* const kHiddenSemantics[] = {
+    "WORLD", "WORLDIT", "WORLDINVERSETRANSPOSE", "WORLDINVERSE", "WORLDI", "WORLDVIEW",
+    "WORLDVIEWINVERSETRANSPOSE", "WORLDVIEWIT", "WORLDVIEWINVERSE", "WORLDVIEWI", "WORLDVIEWPROJECTION",
+    "PROJECTION", "VIEW", "VIEWINVERSETRANSPOSE", "VIEWIT", "VIEWI", "VIEWINVERSE", "POSITION", "DIRECTION",
+    "LIGHTPOS", "LIGHTDIR", "LIGHTCOLOR", "LIGHTSPECULARCOLOR", "INTENSITYANDSPOT", "SPOT", "INTENSITY",
+    "GLOBALAMBIENTCOLOR", "AUTOMATICENVIRONMENTMAP", "IBLDIFFUSE", "IBLSPECULAR", "AUTOMATICCOLORATTRIBUTE",
+};
+
+const char* const kHiddenNames[] = {"Category", "keywords", "description", "NeedTandB",
+                                    "AutomaticEnvironmentMapTracking"};
+
+template <size_t N>
+bool Contains(const char* const (&list)[N], const char* text)
+{
+    for (const char* entry : list)
+        if (std::strcmp(entry, text) == 0)
+            return true;
+    return false;
+}
+
+// The first float of the first annotation present among `names`; `value` stays otherwise.
+void ReadFirstFloatAnnotation(CGparameter parameter, std::initializer_list<const char*> names, float& value)
+{
+    for (const char* name : names) {
+        const CGannotation annotation = cgGetNamedParameterAnnotation(parameter, name);
+        if (!annotation)
+            continue;
+        int count = 0;
+        const float* values = cgGetFloatAnnotationValues(annotation, &count);
+        if (values && count > 0)
+            value = values[0];
+        return;
+    }
+}
+
+} // namespace
+
+bool QorShaderEffect::checkParameterVisibility(CGparameter parameter, int* type)
+{
+    const char* semantic = cgGetParameterSemantic(parameter);
+    if (semantic && *semantic && Contains(kHiddenSemantics, semantic))
+        return false;
+    const char* name = cgGetParameterName(parameter);
+    if (name && Contains(kHiddenNames, name))
+        return false;
+    const CGtype parameterType = cgGetParameterType(parameter);
+    *type = parameterType;
+    return parameterType == CG_BOOL || (parameterType >= CG_FLOAT && parameterType <= CG_FLOAT4) ||
+           (parameterType >= CG_SAMPLER1D && parameterType <= CG_SAMPLERCUBE) || parameterType == CG_STRING ||
+           parameterType == CG_INT || parameterType == 1317;
+}
+
+int QorShaderEffect::getParameterFloatMinMaxStep(CGparameter parameter, float& min, float& max, float& step,
+                                                 char** widget, char** name)
+{
+    if (!m_effect)
+        return -1;
+    if (!parameter) {
+        // The technique selector: max grows by one per technique from what the caller passed.
+        min = 0;
+        for (CGtechnique technique = cgGetFirstTechnique(m_effect); technique;
+             technique = cgGetNextTechnique(technique))
+            max += 1.0f;
+        step = 1.0f;
+        return 0;
+    }
+    if (cgGetParameterType(parameter) == CG_BOOL) {
+        min = 0;
+        max = 1.0f;
+        step = 1.0f;
+        return 1;
+    }
+    min = 0;
+    max = 1.0f;
+    step = 0.1f;
+    ReadFirstFloatAnnotation(parameter, {"UIMin", "UImin", "uimin", "min", "MIN", "Min"}, min);
+    ReadFirstFloatAnnotation(parameter, {"UIMax", "UImax", "uimax", "max", "MAX", "Max"}, max);
+    ReadFirstFloatAnnotation(parameter, {"UIStep", "UIstep", "uistep", "step", "STEP", "Step"}, step);
+    // The widget and name annotations are looked up but, in this implementation, never
+    // written back: both outputs stay as the caller set them.
+    (void)widget;
+    (void)name;
+    return 1;
+}

@@ -1,0 +1,247 @@
+// Semantic binding: the parameters the renderer feeds are bound to the effect's handles
+// by semantic, the rest become the user values of the default parameter set.
+#include "QorVisShaders/QorShaderEffect.h"
+
+#include "QorDiagnostics/CheckFailure.h"
+#include "QorShaderInterface.h"
+#include "QorShaderParameters.h"
+
+#include <Cg/cgGL.h>
+
+#include <cstring>
+
+namespace {
+
+enum class Target { Matrix, Material, Light, IblDiffuse, IblSpecular };
+
+struct SemanticBinding
+{
+    const char* semantic;
+    Target target;
+    int index;                          // matrix or material slot
+    CGparameter QorShaderLight::*member; // light member
+};
+
+// Tested in this order; the first equal semantic wins.
+const SemanticBinding kSemanticTable[] = {
+    {"WORLD", Target::Matrix, QorEffectWorld, nullptr},
+    {"WORLDIT", Target::Matrix, QorEffectWorldInverseTranspose, nullptr},
+    {"WORLDINVERSETRANSPOSE", Target::Matrix, QorEffectWorldInverseTranspose, nullptr},
+    {"WORLDI", Target::Matrix, QorEffectWorldInverse, nullptr},
+    {"WORLDVIEW", Target::Matrix, QorEffectWorldView, nullptr},
+    {"WORLDVIEWINVERSETRANSPOSE", Target::Matrix, QorEffectWorldViewInverseTranspose, nullptr},
+    {"WORLDVIEWIT", Target::Matrix, QorEffectWorldViewInverseTranspose, nullptr},
+    {"WORLDVIEWINVERSE", Target::Matrix, QorEffectWorldViewInverse, nullptr},
+    {"WORLDVIEWI", Target::Matrix, QorEffectWorldViewInverse, nullptr},
+    {"WORLDVIEWPROJECTION", Target::Matrix, QorEffectWorldViewProjection, nullptr},
+    {"PROJECTION", Target::Matrix, QorEffectProjection, nullptr},
+    {"VIEW", Target::Matrix, QorEffectView, nullptr},
+    {"VIEWINVERSETRANSPOSE", Target::Matrix, QorEffectViewInverseTranspose, nullptr},
+    {"VIEWIT", Target::Matrix, QorEffectViewInverseTranspose, nullptr},
+    {"VIEWI", Target::Matrix, QorEffectViewInverse, nullptr},
+    {"VIEWINVERSE", Target::Matrix, QorEffectViewInverse, nullptr},
+    {"GLOBALAMBIENTCOLOR", Target::Material, QorEffectGlobalAmbientColor, nullptr},
+    {"AMBIENT", Target::Material, QorEffectAmbient, nullptr},
+    {"AMBIENTCOLOR", Target::Material, QorEffectAmbient, nullptr},
+    {"DIFFUSE", Target::Material, QorEffectDiffuse, nullptr},
+    {"SPECULAR", Target::Material, QorEffectSpecular, nullptr},
+    {"DIFFUSETEXTURE", Target::Material, QorEffectDiffuseTexture, nullptr},
+    {"USEDIFFUSETEXTURE", Target::Material, QorEffectUseDiffuseTexture, nullptr},
+    {"DIFFUSETEXTUREFUNCTION", Target::Material, QorEffectDiffuseTextureFunction, nullptr},
+    {"DIFFUSETEXTUREMAPPINGFUNCTION", Target::Material, QorEffectDiffuseTextureMappingFunction, nullptr},
+    {"AMBIENTCOEFF", Target::Material, QorEffectAmbientCoeff, nullptr},
+    {"DIFFUSECOEFF", Target::Material, QorEffectDiffuseCoeff, nullptr},
+    {"SPECULARCOEFF", Target::Material, QorEffectSpecularCoeff, nullptr},
+    {"EMISSIVECOEFF", Target::Material, QorEffectEmissiveCoeff, nullptr},
+    {"TRANSPARENCYCOEFF", Target::Material, QorEffectTransparencyCoeff, nullptr},
+    {"SHININESSCOEFF", Target::Material, QorEffectShininessCoeff, nullptr},
+    {"POWERCOEFF", Target::Material, QorEffectPowerCoeff, nullptr},
+    {"LIGHTCOLOR", Target::Light, 0, &QorShaderLight::color},
+    {"LIGHTSPECULARCOLOR", Target::Light, 0, &QorShaderLight::specularColor},
+    {"position", Target::Light, 0, &QorShaderLight::position},
+    {"LIGHTPOS", Target::Light, 0, &QorShaderLight::position},
+    {"POSITION", Target::Light, 0, &QorShaderLight::position},
+    {"LIGHTDIR", Target::Light, 0, &QorShaderLight::direction},
+    {"DIRECTION", Target::Light, 0, &QorShaderLight::direction},
+    {"INTENSITYANDSPOT", Target::Light, 0, &QorShaderLight::intensityAndSpot},
+    {"AUTOMATICENVIRONMENTMAP", Target::Material, QorEffectAutomaticEnvironmentMap, nullptr},
+    {"IBLDIFFUSE", Target::IblDiffuse, 0, nullptr},
+    {"IBLSPECULAR", Target::IblSpecular, 0, nullptr},
+    {"AUTOMATICCOLORATTRIBUTE", Target::Material, QorEffectAutomaticColorAttribute, nullptr},
+};
+
+const SemanticBinding* FindBinding(const char* semantic)
+{
+    for (const SemanticBinding& binding : kSemanticTable)
+        if (std::strcmp(binding.semantic, semantic) == 0)
+            return &binding;
+    return nullptr;
+}
+
+// The light slot a parameter's name selects: its last character as a digit, 0 for a
+// non-digit; 8 and 9 select no slot.
+int LightSlotOf(CGparameter parameter)
+{
+    const char* name = cgGetParameterName(parameter);
+    const size_t length = name ? std::strlen(name) : 0;
+    const char last = length ? name[length - 1] : '\0';
+    return last >= '0' && last <= '9' ? last - '0' : 0;
+}
+
+const char* StringAnnotation(CGparameter parameter, const char* name)
+{
+    const CGannotation annotation = cgGetNamedParameterAnnotation(parameter, name);
+    return annotation ? cgGetStringAnnotationValue(annotation) : nullptr;
+}
+
+// The first annotation present among `names`, as a string; null when none is.
+const char* FirstStringAnnotation(CGparameter parameter, std::initializer_list<const char*> names)
+{
+    for (const char* name : names)
+        if (const CGannotation annotation = cgGetNamedParameterAnnotation(parameter, name))
+            return cgGetStringAnnotationValue(annotation);
+    return nullptr;
+}
+
+bool IsTextureType(int type)
+{
+    return (type >= CG_SAMPLER1D && type <= CG_SAMPLERCUBE) || type == CG_STRING || type == 1317;
+}
+
+const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderEffect";
+
+} // namespace
+
+void QorShaderEffect::bindSemantics()
+{
+    bool walking = true;
+    for (CGparameter parameter = cgGetFirstEffectParameter(m_effect); parameter && walking;
+         parameter = cgGetNextParameter(parameter)) {
+        const char* semantic = cgGetParameterSemantic(parameter);
+        if (!semantic || !*semantic)
+            continue;
+        const SemanticBinding* binding = FindBinding(semantic);
+        if (!binding)
+            continue;
+        switch (binding->target) {
+        case Target::Matrix:
+            m_matrices[binding->index] = parameter;
+            break;
+        case Target::Material:
+            m_material[binding->index] = parameter;
+            break;
+        case Target::IblDiffuse:
+            m_iblDiffuse = parameter;
+            break;
+        case Target::IblSpecular:
+            m_iblSpecular = parameter;
+            break;
+        case Target::Light:
+            // The first light parameter with a type annotation ends the walk: later
+            // parameters are not bound by semantic.
+            walking = !bindLightParameter(parameter, binding->member);
+            break;
+        }
+    }
+    const CGparameter needTangents = cgGetNamedEffectParameter(m_effect, "NeedTandB");
+    float value = 0;
+    if (needTangents)
+        cgGLGetParameter1f(needTangents, &value);
+    m_needTanBin = static_cast<int>(value);
+}
+
+bool QorShaderEffect::bindLightParameter(CGparameter parameter, CGparameter QorShaderLight::*member)
+{
+    const int slot = LightSlotOf(parameter);
+    if (slot >= static_cast<int>(QorMaxLights))
+        return false;
+    if (m_lightCount < slot + 1)
+        m_lightCount = slot + 1;
+    QorShaderLight& light = m_lights[slot];
+    light.*member = parameter;
+    CGannotation typeAnnotation = cgGetNamedParameterAnnotation(parameter, "type");
+    if (!typeAnnotation)
+        typeAnnotation = cgGetNamedParameterAnnotation(parameter, "Type");
+    if (!typeAnnotation)
+        return false;
+    const char* type = cgGetStringAnnotationValue(typeAnnotation);
+    if (type && std::strcmp(type, "LIGHTDIR") == 0)
+        light.lightType = QorLightDirectional;
+    else if (type && std::strcmp(type, "LIGHTSPOT") == 0)
+        light.lightType = QorLightSpot;
+    else if (type && std::strcmp(type, "LIGHTPOS") == 0)
+        light.lightType = QorLightPoint;
+    return true;
+}
+
+void QorShaderEffect::buildParameterSet()
+{
+    // Cleared once for the whole walk: a shorter vector read after a longer one keeps
+    // the longer one's trailing components.
+    float components[4] = {0, 0, 0, 0};
+    int type = 0;
+    for (CGparameter parameter = cgGetFirstEffectParameter(m_effect); parameter;
+         parameter = cgGetNextParameter(parameter)) {
+        if (checkParameterVisibility(parameter, &type)) {
+            if (type == CG_FLOAT || type == CG_INT || type == CG_BOOL) {
+                float value = 0;
+                cgGLGetParameter1f(parameter, &value);
+                m_parameters->AddFloatParameter(parameter, value);
+            } else if (type >= CG_FLOAT2 && type <= CG_FLOAT4) {
+                if (type == CG_FLOAT2)
+                    cgGLGetParameter2f(parameter, components);
+                else if (type == CG_FLOAT3)
+                    cgGLGetParameter3f(parameter, components);
+                else
+                    cgGLGetParameter4f(parameter, components);
+                m_parameters->AddColorParameter(parameter, components, type - CG_FLOAT + 1);
+            } else if (IsTextureType(type)) {
+                m_parameters->AddTextureParameter(
+                    parameter, FirstStringAnnotation(parameter, {"File", "file", "Default", "default"}));
+            }
+            continue;
+        }
+        const char* name = cgGetParameterName(parameter);
+        if (name && std::strcmp(name, "environment") == 0) {
+            bindEnvironment(parameter);
+            continue;
+        }
+        const char* userType = StringAnnotation(parameter, "UserType");
+        const char* dynamicType = StringAnnotation(parameter, "DynamicType");
+        if (!userType || !dynamicType)
+            continue;
+        const CGtype base = cgGetNamedUserType(m_effect, userType);
+        if (cgIsInterfaceType(base)) {
+            AddInterface(parameter, m_context, m_effect, base);
+            ConnectTypeToInterface(name, dynamicType, m_parameters);
+        }
+    }
+}
+
+void QorShaderEffect::bindEnvironment(CGparameter parameter)
+{
+    const CGtype environment = cgGetNamedUserType(m_effect, "Environment");
+    QorShaderInterface* created = AddInterface(parameter, m_context, m_effect, environment);
+    if (created && ConnectTypeToInterface("environment", "SEnvColor", m_parameters)) {
+        m_environmentState = QorEnvironmentColor;
+        m_environmentInterface = created;
+        m_environmentMembers[0] = cgGetNamedStructParameter(created->GetInstance(), "EnvAmbient");
+        return;
+    }
+    CheckFailure__("Variable Environment should be used with the type Environment and with an existing "
+                   "implementation - Check your shader code",
+                   kSource, 1082);
+}
+
+void QorShaderEffect::SetMatrixParam(QorMatrixParam which, const Qor4x4Matrix& matrix)
+{
+    if (which != QorMatrixViewInverseTranspose && which != QorMatrixShadow)
+        return;
+    const CGparameter shadow =
+        which == QorMatrixShadow && m_effect ? cgGetNamedEffectParameter(m_effect, "shadowMatrix") : nullptr;
+    // Both cases feed the VIEW inverse transpose parameter, row-major.
+    if (m_matrices[QorEffectViewInverseTranspose])
+        cgSetMatrixParameterfr(m_matrices[QorEffectViewInverseTranspose], matrix.Data());
+    if (shadow)
+        cgGLSetMatrixParameterfc(shadow, matrix.Data());
+}

@@ -1,0 +1,188 @@
+// Compilation of a CgFX effect: finding the source, creating the Cg context and effect,
+// reporting compile errors to the error file, and choosing and validating techniques.
+#include "QorVisShaders/QorShaderEffect.h"
+
+#include "QorShaderIncludeResolver.h"
+#include "QorShaderParameters.h"
+#include "QorShaderSourceFiles.h"
+#include "QorSystem/QorEnvironment.h"
+#include "QorSystem/QorFiles.h"
+#include "QorSystem/QorPaths.h"
+
+#include <Cg/cgGL.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace {
+
+// Compile failures are reported by GenerateShader itself; the runtime's error state
+// only needs draining so it does not leak into the next call.
+void DrainCgErrors()
+{
+    while (cgGetError() != CG_NO_ERROR) {
+    }
+}
+
+} // namespace
+
+QorShaderParameters* QorShaderEffect::GenerateShader()
+{
+    QorString path = m_fileName;
+    if (!m_fileName.IsEmpty() && QorFileAccess(m_fileName.c_str(), 0) != 0) {
+        if (!QorShaderSourceFiles::FindUnderStartupPath(m_fileName, ";", ";", path)) {
+            path = m_fileName;
+            if (QorGetFilePathFromOfficialVariable(path, "QorGraphicPath", 0) == -1)
+                return nullptr;
+        }
+    }
+    if (m_effect) {
+        cgDestroyEffect(m_effect);
+        m_effect = nullptr;
+        Init();
+    }
+    if (!m_fileName.IsEmpty()) {
+        if (!QorShaderSourceFiles::ReadSource(path, m_source))
+            return nullptr;
+    } else if (m_buffer) {
+        m_source = QorUnicodeString(m_buffer);
+    }
+    return createEffectAndBindSemantics();
+}
+
+QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
+{
+    m_effect = nullptr;
+    if (!m_context) {
+        m_context = cgCreateContext();
+        cgGLRegisterStates(m_context);
+        cgSetAutoCompile(m_context, CG_COMPILE_MANUAL);
+        cgSetErrorCallback(DrainCgErrors);
+        cgSetCompilerIncludeCallback(m_context, QorShaderIncludeResolver::ResolveInclude);
+    }
+    m_effect = cgCreateEffect(m_context, m_source.c_str(), nullptr);
+    if (!m_effect) {
+        writeErrorFile(cgGetErrorString(cgGetError()), cgGetLastListing(m_context));
+        return nullptr;
+    }
+
+    const bool resolved = resolveInterfacesAndArrays();
+    if (m_techniqueIndex == 0)
+        m_technique = cgGetFirstTechnique(m_effect);
+    else
+        setTechnique(m_techniqueIndex);
+    m_bound = 0;
+    if (!resolved) {
+        m_lightCount = 0;
+        std::fill(std::begin(m_lights), std::end(m_lights), QorShaderLight{});
+    }
+    std::fill(m_material, m_material + QorEffectDiffuse, nullptr);
+    delete m_parameters;
+    m_parameters = new (std::nothrow) QorShaderParameters();
+    if (!m_parameters)
+        return nullptr;
+    bindSemantics();
+    buildParameterSet();
+    m_bound = 1;
+    return m_parameters;
+}
+
+void QorShaderEffect::writeErrorFile(const char* message, const char* listing) const
+{
+    const char* temp = QorGetEnv("QorTemp");
+    if (!temp)
+        return;
+    const QorString path = QorString(temp) + "\\QorCGFX_Errors.txt";
+    if (QorFile file{QorFopen(path.c_str(), "w")}) {
+        std::fprintf(file.get(), "%s\n", message ? message : "");
+        if (listing)
+            std::fprintf(file.get(), "%s\n", listing);
+    }
+    // The path is data: a "%" in the temporary folder's name must print as it is.
+    std::fputs(path.c_str(), stdout);
+    std::fflush(stdout);
+}
+
+void QorShaderEffect::getTechnique(int* index)
+{
+    if (!index)
+        return;
+    *index = 0;
+    if (!m_effect)
+        return;
+    for (CGtechnique technique = cgGetFirstTechnique(m_effect); technique && technique != m_technique;
+         technique = cgGetNextTechnique(technique))
+        ++*index;
+}
+
+void QorShaderEffect::setTechnique(int index)
+{
+    if (!m_effect)
+        return;
+    CGtechnique technique = cgGetFirstTechnique(m_effect);
+    if (index < 1) {
+        if (technique)
+            m_technique = technique;
+        m_techniqueIndex = index;
+        return;
+    }
+    for (int step = 0; step < index && technique; ++step)
+        technique = cgGetNextTechnique(technique);
+    if (!technique)
+        return;
+    m_technique = technique;
+    m_techniqueIndex = index;
+}
+
+void QorShaderEffect::setTechniqueByName(const char* name)
+{
+    if (!m_effect || !name)
+        return;
+    const CGtechnique named = cgGetNamedTechnique(m_effect, name);
+    if (!named)
+        return;
+    m_technique = named;
+    m_techniqueIndex = 0;
+    for (CGtechnique technique = cgGetFirstTechnique(m_effect); technique && technique != named;
+         technique = cgGetNextTechnique(technique))
+        ++m_techniqueIndex;
+}
+
+int QorShaderEffect::ValidateTechnique()
+{
+    return validateFromCurrentTechnique(true);
+}
+
+int QorShaderEffect::ValidateShaderEffect()
+{
+    return validateFromCurrentTechnique(false);
+}
+
+int QorShaderEffect::validateFromCurrentTechnique(bool fetchErrorText)
+{
+    if (!m_technique)
+        return 0;
+    // Walks on from the current technique to the first that validates in the current
+    // GL context; the stored technique index is not updated by this walk.
+    while (!cgValidateTechnique(m_technique)) {
+        if (fetchErrorText)
+            cgGetErrorString(cgGetError());
+        m_technique = cgGetNextTechnique(m_technique);
+        if (!m_technique)
+            return 0;
+    }
+    m_techniqueValidated = 1;
+    return 1;
+}
+
+int QorShaderEffect::ForceCompile()
+{
+    if (!m_context)
+        return 1;
+    for (CGprogram program = cgGetFirstProgram(m_context); program; program = cgGetNextProgram(program))
+        if (!cgIsProgramCompiled(program))
+            cgCompileProgram(program);
+    return 1;
+}

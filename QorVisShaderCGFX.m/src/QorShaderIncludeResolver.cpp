@@ -1,0 +1,145 @@
+#include "QorShaderIncludeResolver.h"
+
+#include "QorDiagnostics/CheckFailure.h"
+#include "QorSystem/QorEnvironment.h"
+#include "QorSystem/QorFiles.h"
+#include "QorSystem/QorPaths.h"
+#include "QorVisShaders/QorShaderIncludeManager.h"
+
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace QorShaderIncludeResolver {
+namespace {
+
+const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderEffect";
+// Deeper include chains than this are treated as cycles.
+constexpr int kMaxIncludeDepth = 64;
+
+bool IsFileInclude(const std::string& name)
+{
+    return name.find(".hfx") != std::string::npos || name.find(".cgh") != std::string::npos;
+}
+
+// The first "<directory>\shaders\<name>" of the variable's list that exists.
+bool FindUnderShaders(const char* variable, const char* name, QorString& found)
+{
+    for (const QorString& directory : QorSplitPathList(QorGetEnv(variable))) {
+        const QorString candidate = directory + "\\shaders\\" + name;
+        if (QorFileAccess(candidate.c_str(), 0) == 0) {
+            found = candidate;
+            return true;
+        }
+    }
+    return false;
+}
+
+// Where a file include lives: the requested name itself, else under "\shaders\" of
+// "QorGraphicPath", else of "QorStartupPath". `requested` keeps the compiler's "/".
+bool FindIncludeFile(const std::string& requested, QorString& found)
+{
+    if (QorFileAccess(requested.c_str(), 0) == 0) {
+        found = QorString(requested);
+        return true;
+    }
+    const char* relative = requested.c_str() + 1;
+    if (FindUnderShaders("QorGraphicPath", relative, found))
+        return true;
+    return FindUnderShaders("QorStartupPath", relative, found);
+}
+
+std::string ReadWholeFile(const QorString& path)
+{
+    std::ifstream in(QorNativePath(path.c_str()), std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// The text the include would resolve to, or false when it resolves to nothing.
+bool IncludeText(const std::string& requested, std::string& text)
+{
+    if (IsFileInclude(requested)) {
+        QorString path;
+        if (!FindIncludeFile(requested, path))
+            return false;
+        text = ReadWholeFile(path);
+        return true;
+    }
+    const char* stored = QorShaderIncludeManager::Instance().GetInclude(QorString(requested.c_str() + 1));
+    if (!stored)
+        return false;
+    text = stored;
+    return true;
+}
+
+std::vector<std::string> IncludedNames(const std::string& text)
+{
+    static const std::regex directive(R"(^[ \t]*#[ \t]*include[ \t]*["<]([^">\r\n]+)[">])", std::regex::multiline);
+    std::vector<std::string> names;
+    for (auto match = std::sregex_iterator(text.begin(), text.end(), directive); match != std::sregex_iterator();
+         ++match) {
+        std::string name = (*match)[1];
+        names.push_back(name[0] == '/' ? name : "/" + name);
+    }
+    return names;
+}
+
+bool ReachesPath(const std::string& requested, std::set<std::string>& path, int depth)
+{
+    if (depth > kMaxIncludeDepth || path.count(requested))
+        return true;
+    std::string text;
+    if (!IncludeText(requested, text))
+        return false;
+    path.insert(requested);
+    for (const std::string& included : IncludedNames(text))
+        if (ReachesPath(included, path, depth + 1))
+            return true;
+    path.erase(requested);
+    return false;
+}
+
+} // namespace
+
+bool IsCyclic(const char* requested)
+{
+    std::set<std::string> path;
+    return requested && ReachesPath(requested, path, 0);
+}
+
+void ResolveInclude(CGcontext context, const char* name)
+{
+    if (!name || !*name)
+        return;
+    const std::string requested(name);
+    if (IsCyclic(name)) {
+        // The compiler would expand the cycle forever; this text makes it fail at once,
+        // with the reason in its listing (and so in the error file).
+        const std::string stop = "#error include cycle: \"" + requested + "\" includes itself\n";
+        cgSetCompilerIncludeString(context, name, stop.c_str());
+        return;
+    }
+    if (IsFileInclude(requested)) {
+        QorString found;
+        if (!FindIncludeFile(requested, found)) {
+            CheckFailure__("Impossible to read shader file", kSource, 162);
+            return;
+        }
+        // The Cg runtime opens the file itself: it needs the native path.
+        cgSetCompilerIncludeFile(context, name, QorNativePath(found.c_str()).c_str());
+        return;
+    }
+    const char* text = QorShaderIncludeManager::Instance().GetInclude(QorString(name + 1));
+    if (!text) {
+        CheckFailure__("Shader include is not in manager", kSource, 178);
+        return;
+    }
+    cgSetCompilerIncludeString(context, name, text);
+}
+
+} // namespace QorShaderIncludeResolver

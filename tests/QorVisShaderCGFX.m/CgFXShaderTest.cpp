@@ -1,0 +1,212 @@
+#include "CgFXShader.h"
+
+#include "QorShaderParameters.h"
+#include "QorTestSupport.h"
+#include "QorVisFoundation/QorResourceZPKContainer.h"
+#include "QorVisFoundation/QorStreamer.h"
+#include "QorVisShaders/QorShaderEffect.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+const char* const kMaterial = R"(
+float4 tint : DIFFUSE = {0.25, 0.5, 0.75, 1};
+float gloss < float UIMin = 2; float max = 8; > = 0.5;
+float4x4 wvp : WORLDVIEWPROJECTION;
+float4 mainVS(float4 p : POSITION) : POSITION { return mul(wvp, p); }
+float4 mainPS() : COLOR { return tint * gloss; }
+technique first { pass p0 { VertexProgram = compile arbvp1 mainVS(); FragmentProgram = compile arbfp1 mainPS(); } }
+technique second { pass p0 { VertexProgram = compile arbvp1 mainVS(); FragmentProgram = compile arbfp1 mainPS(); } }
+)";
+
+struct ShaderDeleter
+{
+    void operator()(QorIShader* shader) const { shader->Destroy(); }
+};
+using ShaderPtr = std::unique_ptr<QorIShader, ShaderDeleter>;
+
+ShaderPtr LoadedShader(const char* fileName)
+{
+    ShaderPtr shader(new CgFXShader());
+    shader->SetFileName(QorString(fileName));
+    return shader;
+}
+
+// Environment with every search route pointing nowhere useful.
+struct CleanSearchPaths
+{
+    QorScopedEnv startup{"QorStartupPath", nullptr};
+    QorScopedEnv graphic{"QorGraphicPath", nullptr};
+};
+
+} // namespace
+
+TEST(CgFXShaderTest, WithoutEffectOrParametersQueriesAnswerNeutrally)
+{
+    CgFXShader shader;
+    EXPECT_FALSE(shader.HasEffect());
+    EXPECT_EQ(shader.GetNbParameters(), -1);
+    EXPECT_EQ(shader.GetParameterIndex("tint"), -1);
+    EXPECT_EQ(shader.GetParameterType(1), 0);
+    EXPECT_EQ(shader.GetParameterName(1), nullptr);
+    float value = 0, r = 0;
+    EXPECT_EQ(shader.GetParameterFloat(0, &value), -1);
+    EXPECT_EQ(shader.SetParameterFloat(1, 1.0f), -1);
+    EXPECT_EQ(shader.GetParameterColor(1, &r, &r, &r, &r), -1);
+    EXPECT_EQ(shader.SetParameterColor(1, 1, 1, 1, 1), -1);
+    char buffer[QorMaxParameterStringLength];
+    EXPECT_EQ(shader.GetParameterString(1, buffer), -1);
+    EXPECT_EQ(shader.SetParameterString(1, "x"), -1);
+    EXPECT_EQ(shader.Reserved1(), -1);
+    EXPECT_EQ(shader.Reserved2(), -1);
+    EXPECT_FALSE(shader.GenerateParameters());
+    EXPECT_FALSE(shader.UpdateLightModel(1));
+    EXPECT_EQ(shader.GetBuffer(), nullptr);
+    EXPECT_EQ(shader.SetEnvironmentMap(nullptr, 0, 0), -1);
+    EXPECT_EQ(shader.UsesAutomaticEnvironmentMap(), 0);
+    float min = 0, max = 0, step = 0;
+    EXPECT_EQ(shader.GetParameterFloatMinMaxStep(1, min, max, step, nullptr, nullptr), -1);
+    EXPECT_EQ(shader.GetImplementation(), QorFxCgFX);
+    shader.SetCurrentParameters(); // no effect: nothing to do, no crash
+}
+
+TEST(CgFXShaderTest, FindsEffectFilesAlongEverySearchRoute)
+{
+    QorTempDir startupA, startupB, graphic, elsewhere;
+    startupB.Write("materials/shaders/startup.cgfx", kMaterial);
+    graphic.Write("graphic.cgfx", kMaterial);
+    graphic.Write("shaders/under_shaders.cgfx", kMaterial);
+    const std::string direct = elsewhere.Write("direct.cgfx", kMaterial);
+    const std::string startupList = startupA.Path() + "; " + startupB.Path();
+    QorScopedEnv startup("QorStartupPath", startupList.c_str());
+    QorScopedEnv graphicPath("QorGraphicPath", graphic.Path().c_str());
+
+    for (const char* name : {"startup.cgfx", "graphic.cgfx", "under_shaders.cgfx"}) {
+        ShaderPtr shader = LoadedShader(name);
+        ASSERT_TRUE(shader->HasEffect()) << name;
+        EXPECT_STREQ(shader->GetBuffer(), kMaterial) << name;
+        EXPECT_STREQ(shader->GetFileName().c_str(), name);
+        EXPECT_STREQ(shader->GetIShaderEffect()->GetName(), name) << "shared under the name as given";
+    }
+    std::string windowsStyle = direct;
+    for (char& c : windowsStyle)
+        if (c == '/')
+            c = '\\';
+    ShaderPtr byPath = LoadedShader(windowsStyle.c_str());
+    ASSERT_TRUE(byPath->HasEffect());
+    EXPECT_STREQ(byPath->GetPathName().c_str(), (windowsStyle.substr(0, windowsStyle.rfind('\\') + 1)).c_str());
+
+    ShaderPtr missing = LoadedShader("nowhere.cgfx");
+    EXPECT_FALSE(missing->HasEffect());
+    EXPECT_STREQ(missing->GetFileName().c_str(), "nowhere.cgfx");
+    ShaderPtr empty = LoadedShader("");
+    EXPECT_FALSE(empty->HasEffect());
+}
+
+TEST(CgFXShaderTest, ShadersOfOneFileShareTheEffectAndCloneCopiesValues)
+{
+    CleanSearchPaths paths;
+    QorTempDir dir;
+    const std::string path = dir.Write("shared.cgfx", kMaterial);
+    ShaderPtr first = LoadedShader(path.c_str());
+    ShaderPtr second = LoadedShader(path.c_str());
+    ASSERT_TRUE(first->HasEffect());
+    EXPECT_EQ(first->GetIShaderEffect(), second->GetIShaderEffect());
+    EXPECT_EQ(first->GetIShaderEffect()->AddRef(), 3u) << "one reference per shader";
+    first->GetIShaderEffect()->Release();
+
+    ASSERT_TRUE(first->GenerateParameters());
+    EXPECT_EQ(first->GetNbParameters(), 3);
+    EXPECT_STREQ(first->GetParameterName(0), "Technique");
+    const int tint = first->GetParameterIndex("tint");
+    const int gloss = first->GetParameterIndex("gloss");
+    ASSERT_EQ(tint, 1);
+    ASSERT_EQ(gloss, 2);
+    float r = 0, g = 0, b = 0, a = 0;
+    EXPECT_EQ(first->GetParameterColor(0, &r, &g, &b, &a), -1) << "index 0 is no colour";
+    first->GetParameterColor(tint, &r, &g, &b, &a);
+    EXPECT_FLOAT_EQ(g, 0.5f);
+
+    // The technique pseudo-parameter goes to the shared effect.
+    float technique = -1;
+    EXPECT_EQ(first->GetParameterFloat(0, &technique), 0);
+    EXPECT_EQ(technique, 0.0f);
+    EXPECT_EQ(first->SetParameterFloat(0, 1.9f), 0);
+    first->GetParameterFloat(0, &technique);
+    EXPECT_EQ(technique, 1.0f);
+    EXPECT_EQ(first->SetParameterString(0, "first"), 0);
+    first->GetParameterFloat(0, &technique);
+    EXPECT_EQ(technique, 0.0f);
+    EXPECT_EQ(second->GetParameterFloat(0, &technique), -1) << "no parameter set yet, although the effect exists";
+
+    float min = 0, max = 0, step = 0;
+    EXPECT_EQ(first->GetParameterFloatMinMaxStep(gloss, min, max, step, nullptr, nullptr), 1);
+    EXPECT_EQ(min, 2.0f);
+    EXPECT_EQ(max, 8.0f);
+    EXPECT_FLOAT_EQ(step, 0.1f);
+    EXPECT_EQ(first->GetParameterFloatMinMaxStep(0, min, max, step, nullptr, nullptr), -1);
+
+    EXPECT_EQ(first->SetParameterFloat(gloss, 0.75f), 0);
+    ShaderPtr clone(first->Clone());
+    EXPECT_EQ(clone->GetIShaderEffect(), first->GetIShaderEffect());
+    EXPECT_NE(clone->GetIShaderParameters(), first->GetIShaderParameters());
+    float copied = 0;
+    clone->GetParameterFloat(gloss, &copied);
+    EXPECT_EQ(copied, 0.75f);
+    clone->SetParameterFloat(gloss, 0.1f);
+    first->GetParameterFloat(gloss, &copied);
+    EXPECT_EQ(copied, 0.75f) << "values are independent after cloning";
+
+    first->SetCurrentParameters();
+    EXPECT_EQ(first->GetIShaderEffect()->GetIShaderParameters(), first->GetIShaderParameters());
+    clone->ReleaseEffect();
+    EXPECT_FALSE(clone->HasEffect());
+    EXPECT_EQ(clone->GetNbParameters(), 3) << "the values stay";
+}
+
+TEST(CgFXShaderTest, StreamCarriesValuesAndTheEffectThroughTheContainer)
+{
+    CleanSearchPaths paths;
+    QorTempDir dir;
+    const std::string path = dir.Write("travelling.cgfx", kMaterial);
+    QorResourceZPKContainer container;
+    QorStreamer streamer;
+    streamer.SetResourceZPKContainer(&container);
+    {
+        ShaderPtr written = LoadedShader(path.c_str());
+        ASSERT_TRUE(written->GenerateParameters());
+        written->SetParameterColor(1, 0.9f, 0.8f, 0.7f, 0.6f);
+        written->SetParameterFloat(2, 0.3f);
+        written->Stream(streamer);
+    }
+    // The effect is gone with its last shader; the container carries name and source.
+    EXPECT_EQ(QorShaderEffect::AddShaderEffect(path.c_str())->Release(), 0u);
+
+    streamer.Rewind();
+    ShaderPtr read(new CgFXShader());
+    read->UnStream(streamer);
+    EXPECT_FALSE(streamer.IsFailed());
+    ASSERT_TRUE(read->HasEffect());
+    EXPECT_STREQ(read->GetIShaderEffect()->GetName(), path.c_str());
+    EXPECT_NE(read->GetIShaderEffect()->Generated(), 0);
+    ASSERT_EQ(read->GetNbParameters(), 3);
+    float r = 0, g = 0, b = 0, a = 0;
+    read->GetParameterColor(1, &r, &g, &b, &a);
+    EXPECT_FLOAT_EQ(r, 0.9f);
+    EXPECT_FLOAT_EQ(a, 0.6f);
+    float gloss = 0;
+    read->GetParameterFloat(2, &gloss);
+    EXPECT_FLOAT_EQ(gloss, 0.3f);
+    EXPECT_EQ(container.GetHandedOutCount(), 0u) << "the resource object was handed back";
+
+    // A truncated stream leaves a fresh shader empty and usable.
+    QorStreamer truncated(std::vector<unsigned char>(streamer.GetBytes().begin(), streamer.GetBytes().begin() + 3));
+    truncated.SetResourceZPKContainer(&container);
+    ShaderPtr broken(new CgFXShader());
+    broken->UnStream(truncated);
+    EXPECT_FALSE(broken->HasEffect());
+    EXPECT_EQ(broken->GetNbParameters(), -1);
+}
