@@ -94,15 +94,6 @@ const char* StringAnnotation(CGparameter parameter, const char* name)
     return annotation ? cgGetStringAnnotationValue(annotation) : nullptr;
 }
 
-// The first annotation present among `names`, as a string; null when none is.
-const char* FirstStringAnnotation(CGparameter parameter, std::initializer_list<const char*> names)
-{
-    for (const char* name : names)
-        if (const CGannotation annotation = cgGetNamedParameterAnnotation(parameter, name))
-            return cgGetStringAnnotationValue(annotation);
-    return nullptr;
-}
-
 bool IsTextureType(int type)
 {
     return (type >= CG_SAMPLER1D && type <= CG_SAMPLERCUBE) || type == CG_STRING || type == 1317;
@@ -196,8 +187,7 @@ void QorShaderEffect::buildParameterSet()
                     cgGLGetParameter4f(parameter, components);
                 m_parameters->AddColorParameter(parameter, components, type - CG_FLOAT + 1);
             } else if (IsTextureType(type)) {
-                m_parameters->AddTextureParameter(
-                    parameter, FirstStringAnnotation(parameter, {"File", "file", "Default", "default"}));
+                m_parameters->AddTextureParameter(parameter, QorShaderParameters::GetTextureFileAnnotation(parameter));
             }
             continue;
         }

@@ -7,7 +7,6 @@
 #include "QorVisShaders/QorShaderIncludeManager.h"
 
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -77,13 +76,26 @@ bool IncludeText(const std::string& requested, std::string& text)
     return true;
 }
 
+// The names of the #include lines of a text, each with the leading "/" the compiler adds.
 std::vector<std::string> IncludedNames(const std::string& text)
 {
-    static const std::regex directive(R"(^[ \t]*#[ \t]*include[ \t]*["<]([^">\r\n]+)[">])", std::regex::multiline);
     std::vector<std::string> names;
-    for (auto match = std::sregex_iterator(text.begin(), text.end(), directive); match != std::sregex_iterator();
-         ++match) {
-        std::string name = (*match)[1];
+    std::istringstream lines(text);
+    std::string line;
+    while (std::getline(lines, line)) {
+        size_t at = line.find_first_not_of(" \t");
+        if (at == std::string::npos || line[at] != '#')
+            continue;
+        at = line.find_first_not_of(" \t", at + 1);
+        if (at == std::string::npos || line.compare(at, 7, "include") != 0)
+            continue;
+        at = line.find_first_of("\"<", at + 7);
+        if (at == std::string::npos)
+            continue;
+        const size_t end = line.find_first_of("\">", at + 1);
+        if (end == std::string::npos || end == at + 1)
+            continue;
+        const std::string name = line.substr(at + 1, end - at - 1);
         names.push_back(name[0] == '/' ? name : "/" + name);
     }
     return names;

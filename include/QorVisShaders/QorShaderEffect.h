@@ -120,6 +120,11 @@ public:
     int getParameterFloatMinMaxStep(CGparameter parameter, float& min, float& max, float& step, char** widget,
                                     char** name);
 
+    /// Pushes the values of the current parameter set (see SetIShaderParameters) into
+    /// the Cg parameters they mirror; texture values bind the GL texture their registry
+    /// record names (nothing while its ID is 0). With onlyIfModified, values not changed
+    /// since the last push are skipped. Each pushed value is marked unmodified.
+    void UploadCurrentParameters(bool onlyIfModified);
     /// Stores the set drawing uses (a shader object's own set); not owned.
     void SetIShaderParameters(QorIShaderParameters* parameters) { m_interfaceParameters = parameters; }
     /// The default parameter set built by the last binding; null before.

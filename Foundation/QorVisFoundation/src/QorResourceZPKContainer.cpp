@@ -1,0 +1,182 @@
+#include "QorVisFoundation/QorResourceZPKContainer.h"
+
+#include "QorShaderEffectResource_p.h"
+#include "QorVisFoundation/QorStreamer.h"
+
+#include <new>
+#include <utility>
+
+QorResourceZPKContainer::~QorResourceZPKContainer()
+{
+    for (auto& handedOut : m_handedOut)
+        handedOut.second->DetachFromContainer();
+}
+
+int QorResourceZPKContainer::AddEntry(Entry entry)
+{
+    try {
+        entry.id = static_cast<int>(m_entries.size());
+        m_entries.push_back(std::move(entry));
+        return m_entries.back().id;
+    } catch (...) {
+        return -1;
+    }
+}
+
+const QorResourceZPKContainer::Entry* QorResourceZPKContainer::GetEntry(int id) const
+{
+    if (id < 0 || id >= GetEntryCount())
+        return nullptr;
+    return &m_entries[static_cast<std::size_t>(id)];
+}
+
+void QorResourceZPKContainer::AddResource(QorStreamer& streamer, QorIShaderEffect* effect)
+{
+    int id = -1;
+    if (effect) {
+        try {
+            const QorString name(effect->GetName());
+            const char* source = effect->getBuffer();
+            const auto sameName = m_effectIds.equal_range(name);
+            for (auto it = sameName.first; it != sameName.second && id < 0; ++it) {
+                const Entry& entry = m_entries[static_cast<std::size_t>(it->second)];
+                if (entry.hasSource == (source != nullptr) && (!source || entry.source == source))
+                    id = entry.id;
+            }
+            if (id < 0) {
+                Entry entry;
+                entry.kind = QorEffectEntry;
+                entry.name = name;
+                entry.hasSource = source != nullptr;
+                entry.source = source ? source : "";
+                id = AddEntry(std::move(entry));
+                if (id >= 0)
+                    m_effectIds.emplace(name, id);
+            }
+        } catch (...) {
+            // Out of memory: the effect is streamed as absent rather than half-stored.
+            id = -1;
+        }
+    }
+    streamer.WriteInt(id, 0);
+}
+
+QorIShaderEffect* QorResourceZPKContainer::GetResourceShader(QorStreamer& streamer)
+{
+    int id = -1;
+    if (!streamer.ReadInt(id, 0))
+        return nullptr;
+    const Entry* entry = GetEntry(id);
+    if (!entry || entry->kind != QorEffectEntry)
+        return nullptr;
+    QorShaderEffectResource* resource = nullptr;
+    try {
+        resource = new QorShaderEffectResource(this, entry->name.str(), entry->source, entry->hasSource);
+        m_handedOut.emplace(static_cast<QorIShaderEffect*>(resource), resource);
+    } catch (...) {
+        if (!resource)
+            return nullptr;
+        // Not tracked: the object must not call back into the container later.
+        resource->DetachFromContainer();
+    }
+    return resource;
+}
+
+void QorResourceZPKContainer::RemoveResource(void* resource)
+{
+    const auto found = m_handedOut.find(resource);
+    if (found == m_handedOut.end())
+        return;
+    found->second->DetachFromContainer();
+    m_handedOut.erase(found);
+}
+
+QorTexturePixelImage* QorResourceZPKContainer::GetImage(const QorString& name, QorReadOnlyState state)
+{
+    (void)state; // one shared image serves both states in memory
+    try {
+        const auto known = m_namedImages.find(name);
+        if (known != m_namedImages.end())
+            return known->second.get();
+        QorTexturePixelImage::Ptr image;
+        if (QorTexturePixelImage* listed = QorTexturePixelImage::GetImageFromList(name)) {
+            listed->AddRef();
+            image.reset(listed);
+        } else {
+            image.reset(QorTexturePixelImage::ReadFromFile(name.c_str(), name));
+        }
+        if (!image)
+            return nullptr;
+        QorTexturePixelImage* borrowed = image.get();
+        m_namedImages.emplace(name, std::move(image));
+        return borrowed;
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+void QorResourceZPKContainer::AddResource(QorStreamer& streamer, QorTexturePixelImage* image)
+{
+    int id = -1;
+    if (image) {
+        try {
+            const auto known = m_imageIds.find(image);
+            if (known != m_imageIds.end()) {
+                id = known->second;
+            } else {
+                Entry entry;
+                entry.kind = QorImageEntry;
+                entry.name = image->GetName();
+                image->AddRef();
+                entry.image.reset(image);
+                id = AddEntry(std::move(entry));
+                if (id >= 0)
+                    m_imageIds.emplace(image, id);
+            }
+        } catch (...) {
+            id = -1;
+        }
+    }
+    streamer.WriteInt(id, 0);
+}
+
+int QorResourceZPKContainer::GetResource(QorStreamer& streamer, QorTexturePixelImage*& image)
+{
+    image = nullptr;
+    int id = -1;
+    if (!streamer.ReadInt(id, 0))
+        return 0;
+    const Entry* entry = GetEntry(id);
+    if (!entry || entry->kind != QorImageEntry || !entry->image)
+        return 0;
+    image = entry->image.get();
+    image->AddRef();
+    return 1;
+}
+
+void QorResourceZPKContainer::ReplaceResource(void* old, void* replacement)
+{
+    if (!old || !replacement || old == replacement)
+        return;
+    auto* newImage = static_cast<QorTexturePixelImage*>(replacement);
+    int firstId = -1;
+    for (Entry& entry : m_entries) {
+        if (entry.kind != QorImageEntry || entry.image.get() != old)
+            continue;
+        newImage->AddRef();
+        entry.image.reset(newImage); // releases the entry's reference on the old image
+        if (firstId < 0)
+            firstId = entry.id;
+    }
+    if (firstId < 0)
+        return;
+    m_imageIds.erase(old);
+    try {
+        for (Entry& entry : m_entries)
+            if (entry.image.get() == newImage)
+                entry.name = newImage->GetName();
+        m_imageIds.emplace(newImage, firstId); // keeps the replacement's own id if it had one
+    } catch (...) {
+        // Out of memory: the entries hold the new image; only names and id reuse may lag.
+    }
+}

@@ -1,0 +1,430 @@
+// The parameter set's lifecycle, its parameter values and the texture slots.
+#include "QorShaderParameters.h"
+
+#include "QorShaderValueColor.h"
+#include "QorShaderValueFloat.h"
+#include "QorShaderValueString.h"
+
+#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderTexture.h"
+
+#include "QorDiagnostics/CheckFailure.h"
+#include "QorSystem/QorStrings.h"
+#include "QorVisFoundation/QorGLServices.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderParameters";
+const int kInitialNameCapacity = 20;
+const int kNameCapacityStep = 10;
+
+bool SameName(const char* a, const char* b)
+{
+    return std::strcmp(a, b) == 0;
+}
+
+// The reload of step 2a: the renderer makes the texture again from its file.
+void ReloadTexture(const char* file)
+{
+    QorShaderTexture* texture = QorShaderManager::GetShaderTexture(file);
+    if (!texture)
+        return;
+    if (texture->GetID() != 0) {
+        DeleteDLTexture(texture->GetID());
+        texture->SetID(0);
+    }
+    if (texture->IsStoredInManager())
+        texture->SaveBufferForDrawing();
+}
+
+} // namespace
+
+QorShaderParameters::QorShaderParameters()
+    : m_names(static_cast<char**>(std::calloc(kInitialNameCapacity, sizeof(char*)))),
+      m_nameCapacity(m_names ? kInitialNameCapacity : 0)
+{
+}
+
+QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
+    : QorIShaderParameters(), m_useDefaultTexture(other.m_useDefaultTexture)
+{
+    std::copy(other.m_cachedIndexes, other.m_cachedIndexes + 3, m_cachedIndexes);
+
+    if (other.m_nameCount > 0)
+        m_names = static_cast<char**>(std::calloc(static_cast<size_t>(other.m_nameCount), sizeof(char*)));
+    if (m_names) {
+        m_nameCount = m_nameCapacity = other.m_nameCount;
+        for (int i = 0; i < m_nameCount; ++i)
+            m_names[i] = other.m_names[i] ? _strdup(other.m_names[i]) : nullptr;
+    }
+
+    std::unique_ptr<QorShaderValueString>* const slots[] = {&m_firstTexture, &m_secondTexture, &m_thirdTexture};
+    QorShaderValueString* const sources[] = {other.m_firstTexture.get(), other.m_secondTexture.get(),
+                                             other.m_thirdTexture.get()};
+    for (int i = 0; i < 3; ++i)
+        if (sources[i])
+            slots[i]->reset(static_cast<QorShaderValueString*>(CopyValue(sources[i])));
+
+    m_values.reserve(other.m_values.size());
+    for (QorIShaderValue* value : other.m_values)
+        if (QorIShaderValue* copy = CopyValue(value))
+            m_values.push_back(copy);
+
+    m_interfaces.reserve(other.m_interfaces.size());
+    for (const InterfaceEntry& entry : other.m_interfaces)
+        m_interfaces.emplace_back(entry.first ? _strdup(entry.first) : nullptr, CopyRecord(entry.second));
+}
+
+QorShaderParameters::~QorShaderParameters()
+{
+    FreeNames();
+    // A null entry cannot be listed by this class; it is skipped rather than ending the
+    // walk, so no value after it would be left behind.
+    for (m_walkCursor = 0; m_walkCursor < static_cast<int>(m_values.size()); ++m_walkCursor) {
+        QorIShaderValue* value = m_values[static_cast<size_t>(m_walkCursor)];
+        if (QorShaderValueString* texture = QorShaderValueString::FromValue(value))
+            QorShaderValueString::HandBackTexture(texture->GetFile());
+        delete value;
+    }
+    QorShaderValueList().swap(m_values);
+    m_walkCursor = 0;
+    for (std::unique_ptr<QorShaderValueString>* slot : {&m_firstTexture, &m_thirdTexture, &m_secondTexture})
+        if (*slot) {
+            QorShaderValueString::HandBackTexture((*slot)->GetFile());
+            slot->reset();
+        }
+    for (InterfaceEntry& entry : m_interfaces)
+        DestroyInterface(entry);
+}
+
+void QorShaderParameters::FreeNames()
+{
+    for (int i = 0; i < m_nameCount; ++i)
+        std::free(m_names[i]);
+    std::free(m_names);
+    m_names = nullptr;
+    m_nameCount = m_nameCapacity = 0;
+}
+
+QorIShaderParameters* QorShaderParameters::Clone()
+{
+    return new (std::nothrow) QorShaderParameters(*this);
+}
+
+QorIShaderValue* QorShaderParameters::CopyValue(QorIShaderValue* value)
+{
+    if (!value)
+        return nullptr;
+    int type = 0;
+    value->GetType(&type);
+    switch (type) {
+    case 1:
+        return new (std::nothrow) QorShaderValueFloat(static_cast<const QorShaderValueFloat&>(*value));
+    case 2:
+    case 5:
+    case 6:
+        return new (std::nothrow) QorShaderValueColor(static_cast<const QorShaderValueColor&>(*value));
+    case 4: {
+        auto* copy = new (std::nothrow) QorShaderValueString(static_cast<const QorShaderValueString&>(*value));
+        // The copy holds its own reference of the texture.
+        if (copy)
+            QorShaderManager::AddShaderTexture(copy->GetFile());
+        return copy;
+    }
+    default:
+        return nullptr;
+    }
+}
+
+int QorShaderParameters::GetNbParameters()
+{
+    return m_nameCount + 1;
+}
+
+int QorShaderParameters::GetParameterIndex(const char* name)
+{
+    if (!name)
+        return -1;
+    for (int i = 0; i < m_nameCount; ++i)
+        if (m_names[i] && SameName(m_names[i], name))
+            return i + 1;
+    return -1;
+}
+
+const char* QorShaderParameters::GetParameterName(int index)
+{
+    if (index == 0)
+        return "Technique";
+    // A negative index would read before the array.
+    if (index < 0 || index - 1 >= m_nameCount)
+        return nullptr;
+    return m_names[index - 1];
+}
+
+QorIShaderValue* QorShaderParameters::ValueAt(int index) const
+{
+    // Index 0 is the technique and has no value; a lower one would read before the list.
+    if (index < 1 || static_cast<size_t>(index - 1) >= m_values.size())
+        return nullptr;
+    return m_values[static_cast<size_t>(index - 1)];
+}
+
+QorIShaderValue* QorShaderParameters::TypedValueAt(int index, int type) const
+{
+    QorIShaderValue* value = ValueAt(index);
+    if (!value || type == 0)
+        return value;
+    int actual = 0;
+    value->GetType(&actual);
+    return actual == type ? value : nullptr;
+}
+
+QorIShaderValue* QorShaderParameters::GetValue(int position)
+{
+    if (position < m_nameCount)
+        CheckFailure__("Overlapping memory", kSource, 1044);
+    if (position < 0 || static_cast<size_t>(position) >= m_values.size())
+        return nullptr;
+    return m_values[static_cast<size_t>(position)];
+}
+
+int QorShaderParameters::GetParameterType(int index)
+{
+    if (index == 0)
+        return 1;
+    if (index > m_nameCount)
+        return 0;
+    QorIShaderValue* value = ValueAt(index);
+    if (!value)
+        return 0;
+    int type = 0;
+    value->GetType(&type);
+    return type;
+}
+
+int QorShaderParameters::SetColorValue(int index, const float* rgba)
+{
+    QorIShaderValue* value = ValueAt(index);
+    if (!value)
+        return -1;
+    // The type is asked but not tested: a float value reports the mismatch itself.
+    int type = 0;
+    value->GetType(&type);
+    value->SetColor(rgba);
+    return 0;
+}
+
+int QorShaderParameters::SetFloatValue(int index, float value)
+{
+    QorIShaderValue* floatValue = TypedValueAt(index, 1);
+    if (!floatValue)
+        return -1;
+    floatValue->SetFloat(value);
+    return 0;
+}
+
+int QorShaderParameters::SetTextureValue(int index, const char* file, int reload)
+{
+    QorShaderValueString* texture = QorShaderValueString::FromValue(ValueAt(index));
+    if (!texture)
+        return -1;
+    ChangeTexture(*texture, file, reload, TextureChange::ParameterValue);
+    return 0;
+}
+
+int QorShaderParameters::ReadValue(int index, void* out, int onlyIfModified, int type) const
+{
+    // The index is checked with or without onlyIfModified: an unchecked one would read
+    // past the list.
+    auto* value = static_cast<QorShaderValue*>(ValueAt(index));
+    if (!value || (onlyIfModified && value->GetModified() == 0) || !TypedValueAt(index, type))
+        return 0;
+    return value->Get(out);
+}
+
+int QorShaderParameters::GetFloatValue(int index, float* out, int onlyIfModified)
+{
+    return ReadValue(index, out, onlyIfModified, 1);
+}
+
+int QorShaderParameters::GetColorValue(int index, float* out, int onlyIfModified)
+{
+    return ReadValue(index, out, onlyIfModified, 0);
+}
+
+int QorShaderParameters::GetTextureValue(int index, char** out, int onlyIfModified)
+{
+    return ReadValue(index, out, onlyIfModified, 4);
+}
+
+int QorShaderParameters::GetParameterHandle(int index)
+{
+    // A bad index gives the null handle's token instead of reading outside the list.
+    auto* value = static_cast<QorShaderValue*>(ValueAt(index));
+    return value ? value->GetParameterToken() : 0;
+}
+
+CGparameter QorShaderParameters::GetCgParameter(int index) const
+{
+    auto* value = static_cast<QorShaderValue*>(ValueAt(index));
+    return value ? value->GetParameter() : nullptr;
+}
+
+void QorShaderParameters::ResetModified(int index)
+{
+    if (auto* value = static_cast<QorShaderValue*>(ValueAt(index)))
+        value->ResetModified();
+}
+
+const QorShaderValueList* QorShaderParameters::GetValueList()
+{
+    return &m_values;
+}
+
+void QorShaderParameters::ChangeTexture(QorShaderValueString& value, const char* file, int reload,
+                                        TextureChange change)
+{
+    const char* current = value.GetFile();
+    if (current) {
+        const bool same = file && SameName(current, file);
+        if (reload && change == TextureChange::FirstExtra) {
+            // The registered record forgets its copy of the name before the reference goes
+            // back, so the hand-back can never leave it reading freed memory; without a
+            // registered record there is nothing to forget or hand back.
+            if (QorShaderTexture* texture = QorShaderManager::GetShaderTexture(current)) {
+                texture->ForgetName();
+                QorShaderManager::AddShaderTextureToDestroyList(texture);
+            }
+        } else if (reload && same) {
+            ReloadTexture(current);
+            if (change == TextureChange::Member)
+                value.SetLoadState(0);
+            return;
+        } else if (same) {
+            return;
+        } else {
+            QorShaderValueString::HandBackTexture(current);
+        }
+    }
+    // The reference taken here belongs to the value from now on.
+    if (file)
+        QorShaderManager::AddShaderTexture(file);
+    value.SetString(file);
+    if (change == TextureChange::Member)
+        value.SetLoadState(0);
+}
+
+int QorShaderParameters::ChangeMemberTexture(QorIShaderValue* value, const char* file, int reload)
+{
+    QorShaderValueString* texture = QorShaderValueString::FromValue(value);
+    if (!texture)
+        return 0;
+    ChangeTexture(*texture, file, reload, TextureChange::Member);
+    return 1;
+}
+
+int QorShaderParameters::GetDefaultTexture(char** file)
+{
+    if (!m_firstTexture)
+        return -1;
+    m_firstTexture->Get(file);
+    return 0;
+}
+
+int QorShaderParameters::GetUseDefaultTexture(int* use)
+{
+    if (use)
+        *use = m_useDefaultTexture;
+    return 0;
+}
+
+int QorShaderParameters::SetDefaultTexture(const char* file, int reload)
+{
+    if (!m_firstTexture)
+        m_firstTexture.reset(new (std::nothrow) QorShaderValueString());
+    if (!m_firstTexture)
+        return 0;
+    ChangeTexture(*m_firstTexture, file, reload, TextureChange::FirstExtra);
+    return 0;
+}
+
+int QorShaderParameters::SetUseDefaultTexture(int use)
+{
+    m_useDefaultTexture = use;
+    return 0;
+}
+
+int QorShaderParameters::SetExtraTexture(std::unique_ptr<QorShaderValueString>& slot, const char* file)
+{
+    if (!slot)
+        slot.reset(new (std::nothrow) QorShaderValueString());
+    return ChangeMemberTexture(slot.get(), file, 0);
+}
+
+int QorShaderParameters::SetSecondTexture(const char* file)
+{
+    return SetExtraTexture(m_secondTexture, file);
+}
+
+int QorShaderParameters::SetThirdTexture(const char* file)
+{
+    return SetExtraTexture(m_thirdTexture, file);
+}
+
+void QorShaderParameters::AppendValue(QorIShaderValue* value)
+{
+    if (std::find(m_values.rbegin(), m_values.rend(), value) == m_values.rend())
+        m_values.push_back(value);
+}
+
+void QorShaderParameters::AddParameterValue(CGparameter parameter, QorIShaderValue* value)
+{
+    if (value)
+        AppendValue(value);
+    AddParameterName(cgGetParameterName(parameter));
+}
+
+void QorShaderParameters::AddFloatParameter(CGparameter parameter, float value)
+{
+    if (parameter)
+        AddParameterValue(parameter, new (std::nothrow) QorShaderValueFloat(parameter, value));
+}
+
+void QorShaderParameters::AddColorParameter(CGparameter parameter, const float* values, int count)
+{
+    if (parameter)
+        AddParameterValue(parameter, new (std::nothrow) QorShaderValueColor(parameter, values, count));
+}
+
+void QorShaderParameters::AddTextureParameter(CGparameter parameter, const char* file)
+{
+    if (!parameter)
+        return;
+    auto* value = new (std::nothrow) QorShaderValueString(parameter, file);
+    AddParameterValue(parameter, value);
+    // Registered only for a value that exists to hold the reference.
+    if (value && file)
+        QorShaderManager::AddShaderTexture(file);
+}
+
+int QorShaderParameters::AddParameterName(const char* name)
+{
+    if (!name)
+        return -1;
+    if (m_nameCount + 1 > m_nameCapacity) {
+        const int capacity = m_nameCapacity + kNameCapacityStep;
+        auto* grown = static_cast<char**>(std::realloc(m_names, static_cast<size_t>(capacity) * sizeof(char*)));
+        if (!grown)
+            return -1;
+        std::fill(grown + m_nameCapacity, grown + capacity, nullptr);
+        m_names = grown;
+        m_nameCapacity = capacity;
+    }
+    m_names[m_nameCount] = _strdup(name);
+    return m_nameCount++;
+}

@@ -1,0 +1,81 @@
+#include "QorShaderValueColor.h"
+
+#include <algorithm>
+
+namespace {
+
+const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderValueColor";
+
+} // namespace
+
+QorShaderValueColor::QorShaderValueColor(int count) : m_count(count) {}
+
+QorShaderValueColor::QorShaderValueColor(CGparameter parameter, const float* values, int count)
+    : QorShaderValue(parameter), m_count(count)
+{
+    if (values)
+        std::copy(values, values + MovedCount(), m_components);
+}
+
+QorShaderValueColor::QorShaderValueColor(const QorShaderValueColor& other)
+    : QorShaderValue(other), m_count(other.m_count)
+{
+    std::copy(other.m_components, other.m_components + 4, m_components);
+}
+
+int QorShaderValueColor::MovedCount() const
+{
+    // A count above 4 stays visible (type 2, GetComponentCount) but reads and writes stop
+    // at the four stored floats: moving more would run past the storage.
+    return std::clamp(m_count, 0, 4);
+}
+
+void QorShaderValueColor::GetType(int* type)
+{
+    if (!type)
+        return;
+    *type = m_count == 2 ? 5 : m_count == 3 ? 6 : 2;
+}
+
+int QorShaderValueColor::GetFloat(float*)
+{
+    ReportShouldNotHappen(kSource, 108);
+    return 0;
+}
+
+int QorShaderValueColor::GetColor(float* values)
+{
+    Get(values);
+    return m_modified;
+}
+
+int QorShaderValueColor::GetString(char**)
+{
+    ReportShouldNotHappen(kSource, 121);
+    return 0;
+}
+
+void QorShaderValueColor::SetString(const char*)
+{
+    ReportShouldNotHappen(kSource, 89);
+}
+
+void QorShaderValueColor::SetColor(const float* values)
+{
+    if (!values)
+        return;
+    std::copy(values, values + MovedCount(), m_components);
+    m_modified = 1;
+}
+
+void QorShaderValueColor::SetFloat(float)
+{
+    ReportShouldNotHappen(kSource, 82);
+}
+
+int QorShaderValueColor::Get(void* out)
+{
+    if (out)
+        std::copy(m_components, m_components + MovedCount(), static_cast<float*>(out));
+    return m_modified;
+}

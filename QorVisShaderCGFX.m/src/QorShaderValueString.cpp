@@ -1,0 +1,98 @@
+#include "QorShaderValueString.h"
+
+#include "QorVisShaders/QorShaderManager.h"
+
+#include "QorSystem/QorStrings.h"
+
+#include <cstdlib>
+
+namespace {
+
+const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderValueString";
+
+char* CopyFile(const char* file)
+{
+    return file ? _strdup(file) : nullptr;
+}
+
+} // namespace
+
+QorShaderValueString::QorShaderValueString(CGparameter parameter, const char* file)
+    : QorShaderValue(parameter), m_file(CopyFile(file))
+{
+}
+
+QorShaderValueString::QorShaderValueString(const QorShaderValueString& other)
+    : QorShaderValue(other), m_loadState(other.m_loadState), m_file(CopyFile(other.m_file))
+{
+}
+
+QorShaderValueString::~QorShaderValueString()
+{
+    std::free(m_file);
+}
+
+void QorShaderValueString::GetType(int* type)
+{
+    if (type)
+        *type = 4;
+}
+
+int QorShaderValueString::GetFloat(float*)
+{
+    ReportShouldNotHappen(kSource, 111);
+    return 0;
+}
+
+int QorShaderValueString::GetColor(float*)
+{
+    ReportShouldNotHappen(kSource, 118);
+    return 0;
+}
+
+int QorShaderValueString::GetString(char** file)
+{
+    Get(file);
+    return m_modified;
+}
+
+void QorShaderValueString::SetString(const char* file)
+{
+    // Copied before the old string goes, so setting the value's own string is safe.
+    char* copy = CopyFile(file);
+    std::free(m_file);
+    m_file = copy;
+    m_modified = 1;
+}
+
+void QorShaderValueString::SetColor(const float*)
+{
+    ReportShouldNotHappen(kSource, 83);
+}
+
+void QorShaderValueString::SetFloat(float)
+{
+    ReportShouldNotHappen(kSource, 76);
+}
+
+int QorShaderValueString::Get(void* out)
+{
+    if (out)
+        *static_cast<char**>(out) = m_file;
+    return m_modified;
+}
+
+QorShaderValueString* QorShaderValueString::FromValue(QorIShaderValue* value)
+{
+    if (!value)
+        return nullptr;
+    int type = 0;
+    value->GetType(&type);
+    return type == 4 ? dynamic_cast<QorShaderValueString*>(value) : nullptr;
+}
+
+void QorShaderValueString::HandBackTexture(const char* file)
+{
+    if (file)
+        QorShaderManager::AddShaderTextureToDestroyList(QorShaderManager::GetShaderTexture(file));
+}
