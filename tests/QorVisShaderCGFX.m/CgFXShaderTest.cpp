@@ -1,6 +1,7 @@
 #include "CgFXShader.h"
 
 #include "QorShaderParameters.h"
+#include "QorTestMaterial.h"
 #include "QorTestSupport.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
@@ -11,16 +12,6 @@
 #include <memory>
 
 namespace {
-
-const char* const kMaterial = R"(
-float4 tint : DIFFUSE = {0.25, 0.5, 0.75, 1};
-float gloss < float UIMin = 2; float max = 8; > = 0.5;
-float4x4 wvp : WORLDVIEWPROJECTION;
-float4 mainVS(float4 p : POSITION) : POSITION { return mul(wvp, p); }
-float4 mainPS() : COLOR { return tint * gloss; }
-technique first { pass p0 { VertexProgram = compile arbvp1 mainVS(); FragmentProgram = compile arbfp1 mainPS(); } }
-technique second { pass p0 { VertexProgram = compile arbvp1 mainVS(); FragmentProgram = compile arbfp1 mainPS(); } }
-)";
 
 struct ShaderDeleter
 {
@@ -76,10 +67,10 @@ TEST(CgFXShaderTest, WithoutEffectOrParametersQueriesAnswerNeutrally)
 TEST(CgFXShaderTest, FindsEffectFilesAlongEverySearchRoute)
 {
     QorTempDir startupA, startupB, graphic, elsewhere;
-    startupB.Write("materials/shaders/startup.cgfx", kMaterial);
-    graphic.Write("graphic.cgfx", kMaterial);
-    graphic.Write("shaders/under_shaders.cgfx", kMaterial);
-    const std::string direct = elsewhere.Write("direct.cgfx", kMaterial);
+    startupB.Write("materials/shaders/startup.cgfx", kQorTestMaterial);
+    graphic.Write("graphic.cgfx", kQorTestMaterial);
+    graphic.Write("shaders/under_shaders.cgfx", kQorTestMaterial);
+    const std::string direct = elsewhere.Write("direct.cgfx", kQorTestMaterial);
     const std::string startupList = startupA.Path() + "; " + startupB.Path();
     QorScopedEnv startup("QorStartupPath", startupList.c_str());
     QorScopedEnv graphicPath("QorGraphicPath", graphic.Path().c_str());
@@ -87,7 +78,7 @@ TEST(CgFXShaderTest, FindsEffectFilesAlongEverySearchRoute)
     for (const char* name : {"startup.cgfx", "graphic.cgfx", "under_shaders.cgfx"}) {
         ShaderPtr shader = LoadedShader(name);
         ASSERT_TRUE(shader->HasEffect()) << name;
-        EXPECT_STREQ(shader->GetBuffer(), kMaterial) << name;
+        EXPECT_STREQ(shader->GetBuffer(), kQorTestMaterial) << name;
         EXPECT_STREQ(shader->GetFileName().c_str(), name);
         EXPECT_STREQ(shader->GetIShaderEffect()->GetName(), name) << "shared under the name as given";
     }
@@ -110,7 +101,7 @@ TEST(CgFXShaderTest, ShadersOfOneFileShareTheEffectAndCloneCopiesValues)
 {
     CleanSearchPaths paths;
     QorTempDir dir;
-    const std::string path = dir.Write("shared.cgfx", kMaterial);
+    const std::string path = dir.Write("shared.cgfx", kQorTestMaterial);
     ShaderPtr first = LoadedShader(path.c_str());
     ShaderPtr second = LoadedShader(path.c_str());
     ASSERT_TRUE(first->HasEffect());
@@ -171,7 +162,7 @@ TEST(CgFXShaderTest, StreamCarriesValuesAndTheEffectThroughTheContainer)
 {
     CleanSearchPaths paths;
     QorTempDir dir;
-    const std::string path = dir.Write("travelling.cgfx", kMaterial);
+    const std::string path = dir.Write("travelling.cgfx", kQorTestMaterial);
     QorResourceZPKContainer container;
     QorStreamer streamer;
     streamer.SetResourceZPKContainer(&container);

@@ -4,6 +4,7 @@
 /// context), and a guard that leaves the process-wide texture registry and image lists empty.
 #pragma once
 
+#include "QorCgHolder.h"
 #include "QorShaderParameters.h"
 
 #include "QorVisShaders/QorShaderManager.h"
@@ -15,38 +16,6 @@
 #include <Cg/cg.h>
 
 #include <utility>
-
-/// Owns one Cg object and destroys it with `Destroy`.
-template <typename Handle, void (*Destroy)(Handle)>
-class QorCgHolder
-{
-public:
-    explicit QorCgHolder(Handle handle) : m_handle(handle) {}
-    ~QorCgHolder() { Reset(); }
-    QorCgHolder(const QorCgHolder&) = delete;
-    QorCgHolder& operator=(const QorCgHolder&) = delete;
-    QorCgHolder(QorCgHolder&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
-    QorCgHolder& operator=(QorCgHolder&& other) noexcept
-    {
-        if (this != &other) {
-            Reset();
-            m_handle = std::exchange(other.m_handle, nullptr);
-        }
-        return *this;
-    }
-    Handle Get() const { return m_handle; }
-
-private:
-    void Reset()
-    {
-        if (m_handle)
-            Destroy(std::exchange(m_handle, nullptr));
-    }
-    Handle m_handle;
-};
-
-using QorCgContextHolder = QorCgHolder<CGcontext, cgDestroyContext>;
-using QorCgEffectHolder = QorCgHolder<CGeffect, cgDestroyEffect>;
 
 /// An effect with floats, colours of 4, 2 and 3 components, two samplers (one annotated
 /// "wood.png") and an interface implemented by a structure (whose members cannot have

@@ -1,22 +1,13 @@
 #include "QorVisShaders/QorShaderEffect.h"
 
 #include "QorShaderParameters.h"
+#include "QorTestMaterial.h"
 #include "QorTestSupport.h"
 #include "QorVisFoundation/QorStreamer.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-const char* const kTwoTechniques = R"(
-float4 tint : DIFFUSE = {1, 0, 0, 1};
-float gloss < float UIMin = 2; float max = 8; > = 0.5;
-float4x4 wvp : WORLDVIEWPROJECTION;
-float4 mainVS(float4 p : POSITION) : POSITION { return mul(wvp, p); }
-float4 mainPS() : COLOR { return tint * gloss; }
-technique first { pass p0 { VertexProgram = compile arbvp1 mainVS(); FragmentProgram = compile arbfp1 mainPS(); } }
-technique second { pass p0 { VertexProgram = compile arbvp1 mainVS(); FragmentProgram = compile arbfp1 mainPS(); } }
-)";
 
 } // namespace
 
@@ -56,9 +47,9 @@ TEST(QorShaderEffectTest, NamesPathsAndBuffers)
     EXPECT_STREQ(effect->GetPathName().c_str(), "C:\\a\\") << "a separator at position 0 changes nothing";
     EXPECT_STREQ(effect->GetFileName().c_str(), "\\b.fx");
 
-    effect->setBuffer(kTwoTechniques);
+    effect->setBuffer(kQorTestMaterial);
     EXPECT_STREQ(effect->GetFileName().c_str(), "");
-    EXPECT_STREQ(effect->getBuffer(), kTwoTechniques);
+    EXPECT_STREQ(effect->getBuffer(), kQorTestMaterial);
     EXPECT_EQ(effect->Generated(), 0);
     EXPECT_EQ(effect->GetImplementation(), QorFxCgFX);
     int count = -1;
@@ -74,12 +65,12 @@ TEST(QorShaderEffectTest, NamesPathsAndBuffers)
 TEST(QorShaderEffectTest, CompilesFromItsBufferAndAgainFromTheKeptSource)
 {
     QorShaderEffect* effect = QorShaderEffect::AddShaderEffect("techniques.cgfx");
-    effect->setBuffer(kTwoTechniques);
+    effect->setBuffer(kQorTestMaterial);
     QorShaderParameters* parameters = effect->GenerateShader();
     ASSERT_NE(parameters, nullptr);
     EXPECT_NE(effect->Generated(), 0);
     EXPECT_TRUE(effect->IsBound());
-    EXPECT_STREQ(effect->getBuffer(), kTwoTechniques);
+    EXPECT_STREQ(effect->getBuffer(), kQorTestMaterial);
     EXPECT_EQ(parameters->GetNbParameters(), 3) << "Technique, tint, gloss";
 
     int technique = -1;
@@ -110,7 +101,7 @@ TEST(QorShaderEffectTest, CompilesFromItsBufferAndAgainFromTheKeptSource)
     effect->AddRef();
     EXPECT_NE(effect->GenerateShader(), nullptr);
     EXPECT_EQ(effect->getBuffer(), nullptr);
-    EXPECT_STREQ(effect->GetSource().c_str(), kTwoTechniques);
+    EXPECT_STREQ(effect->GetSource().c_str(), kQorTestMaterial);
     EXPECT_EQ(effect->Release(), 1u);
     EXPECT_EQ(effect->Release(), 0u);
 }

@@ -3,6 +3,7 @@
 
 #include "QorGL/QorGLContext.h"
 
+#include "QorCgHolder.h"
 #include "QorTestSupport.h"
 
 #include <Cg/cg.h>
@@ -26,27 +27,6 @@ Rgba PixelAt(const std::vector<unsigned char>& pixels, int width, int x, int yFr
     const std::size_t at = (static_cast<std::size_t>(yFromTop) * width + x) * 4;
     return {pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]};
 }
-
-/// Owns a Cg context; destroys it, and every effect still in it, when it goes.
-class CgContextHolder
-{
-public:
-    CgContextHolder() : m_context(cgCreateContext()) {}
-    ~CgContextHolder()
-    {
-        if (m_context)
-            cgDestroyContext(m_context);
-    }
-    CgContextHolder(CgContextHolder&& other) noexcept : m_context(std::exchange(other.m_context, nullptr)) {}
-    CgContextHolder& operator=(CgContextHolder&&) = delete;
-    CgContextHolder(const CgContextHolder&) = delete;
-    CgContextHolder& operator=(const CgContextHolder&) = delete;
-
-    CGcontext Get() const { return m_context; }
-
-private:
-    CGcontext m_context;
-};
 
 /// Owns a Cg effect; must be declared after the context holder it was made in.
 class CgEffectHolder
@@ -187,7 +167,7 @@ TEST(QorGLContextGLTest, CgFxEffectDrawsIntoTheFramebuffer)
     QorGLContext gl;
     ASSERT_TRUE(gl.Open(64, 64)) << gl.GetError();
 
-    CgContextHolder cg;
+    QorCgContextHolder cg{cgCreateContext()};
     ASSERT_NE(cg.Get(), nullptr);
     cgGLRegisterStates(cg.Get());
     cgGLSetManageTextureParameters(cg.Get(), CG_TRUE);

@@ -1,5 +1,6 @@
 #include "QorVisFoundation/QorGLServices.h"
 
+#include "QorCgHolder.h"
 #include "QorGL/QorGLContext.h"
 
 #include <gtest/gtest.h>
@@ -53,27 +54,6 @@ private:
     QorGLServiceObserver m_previous;
 };
 
-/// Owns a Cg context; destroying it also destroys any effect left in it.
-class CgContextHolder
-{
-public:
-    CgContextHolder() : m_context(cgCreateContext()) {}
-    ~CgContextHolder()
-    {
-        if (m_context)
-            cgDestroyContext(m_context);
-    }
-    CgContextHolder(CgContextHolder&& other) noexcept : m_context(std::exchange(other.m_context, nullptr)) {}
-    CgContextHolder& operator=(CgContextHolder&&) = delete;
-    CgContextHolder(const CgContextHolder&) = delete;
-    CgContextHolder& operator=(const CgContextHolder&) = delete;
-
-    CGcontext Get() const { return m_context; }
-
-private:
-    CGcontext m_context;
-};
-
 GLuint MakeTexture()
 {
     GLuint name = 0;
@@ -125,7 +105,7 @@ TEST(QorGLServicesGLTest, DeleteShaderEffectDestroysTheEffectAndIgnoresNull)
 {
     QorGLContext gl;
     ASSERT_TRUE(gl.Open(8, 8)) << gl.GetError();
-    CgContextHolder cg;
+    QorCgContextHolder cg{cgCreateContext()};
     ASSERT_NE(cg.Get(), nullptr);
     const CGeffect effect = cgCreateEffect(cg.Get(), "float4 Colour = { 1, 0, 0, 1 };", nullptr);
     ASSERT_NE(effect, nullptr) << cgGetLastListing(cg.Get());
