@@ -2,6 +2,8 @@
 // range from the UI annotations.
 #include "QorVisShaders/QorShaderEffect.h"
 
+#include "QorShaderParameters.h"
+
 #include <cstring>
 #include <initializer_list>
 
@@ -93,4 +95,9 @@ int QorShaderEffect::getParameterFloatMinMaxStep(CGparameter parameter, float& m
     (void)widget;
     (void)name;
     return 1;
+}
+
+CGparameter QorShaderEffect::GetUserParameter(int index) const
+{
+    return m_parameters ? m_parameters->GetCgParameter(index) : nullptr;
 }

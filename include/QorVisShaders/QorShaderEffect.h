@@ -129,6 +129,10 @@ public:
     void SetIShaderParameters(QorIShaderParameters* parameters) { m_interfaceParameters = parameters; }
     /// The default parameter set built by the last binding; null before.
     QorShaderParameters* GetParameters() const { return m_parameters; }
+    /// The Cg parameter behind user parameter `index` (from 1, as in the parameter sets
+    /// built from this effect); null when out of range or before binding. Lets tools read
+    /// annotations such as "UIWidget" and "UIName".
+    CGparameter GetUserParameter(int index) const;
     /// True once semantic binding has walked every parameter of the current compilation.
     bool IsBound() const { return m_bound != 0; }
     const std::map<QorString, QorShaderInterface*>& GetInterfaces() const { return m_interfaces; }

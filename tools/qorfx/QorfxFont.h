@@ -1,0 +1,14 @@
+/// @file
+/// A tiny built-in bitmap font for the labels of contact sheets.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+/// Writes `text` in white into an RGBA image (rows top first) with its top-left corner at
+/// (x, y), each glyph pixel drawn as a scale x scale block; pixels outside are skipped.
+void QorfxDrawText(std::vector<unsigned char>& rgba, int width, int height, int x, int y, const std::string& text,
+                   int scale);
+/// Width in pixels of `text` at that scale.
+int QorfxTextWidth(const std::string& text, int scale);

@@ -1,0 +1,155 @@
+#include "QorfxMaterial.h"
+
+#include "QorSystem/QorEnvironment.h"
+#include "QorSystem/QorFiles.h"
+#include "QorVisShaders/QorShaderManager.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+QorfxStdoutSilencer::QorfxStdoutSilencer()
+{
+    std::fflush(stdout);
+    m_saved = dup(STDOUT_FILENO);
+    const int null = open("/dev/null", O_WRONLY);
+    if (null >= 0) {
+        dup2(null, STDOUT_FILENO);
+        close(null);
+    }
+}
+
+QorfxStdoutSilencer::~QorfxStdoutSilencer()
+{
+    std::fflush(stdout);
+    if (m_saved >= 0) {
+        dup2(m_saved, STDOUT_FILENO);
+        close(m_saved);
+    }
+}
+
+void QorfxAddSearchFolders(const std::string& effectPath)
+{
+    const fs::path folder = fs::absolute(fs::path(effectPath)).parent_path();
+    std::string list = QorGetEnv("QorGraphicPath") ? QorGetEnv("QorGraphicPath") : "";
+    for (const fs::path& entry : {folder, folder.parent_path()})
+        list += (list.empty() ? "" : ";") + entry.string();
+    QorSetEnv("QorGraphicPath", list.c_str());
+}
+
+namespace {
+
+std::string ReadText(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// The error file goes to "QorTemp"; give the library a private one when none is set.
+fs::path ErrorFolder()
+{
+    if (const char* temp = QorGetEnv("QorTemp"))
+        return fs::path(QorNativePath(temp));
+    std::string pattern = (fs::temp_directory_path() / "qorfx-XXXXXX").string();
+    if (!mkdtemp(pattern.data()))
+        return {};
+    QorSetEnv("QorTemp", pattern.c_str());
+    return pattern;
+}
+
+std::vector<float> ParseFloats(const std::string& text)
+{
+    std::vector<float> values;
+    std::istringstream in(text);
+    std::string item;
+    while (std::getline(in, item, ',')) {
+        char* end = nullptr;
+        const float value = std::strtof(item.c_str(), &end);
+        if (item.empty() || *end != '\0')
+            return {};
+        values.push_back(value);
+    }
+    return values;
+}
+
+} // namespace
+
+std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, std::string& error,
+                                                   std::string& compileErrors)
+{
+    if (QorFileAccess(path.c_str(), 4) != 0) {
+        error = path + ": cannot read the file";
+        return nullptr;
+    }
+    QorIShader* shader = QorShaderManager::CreateShader();
+    if (!shader || shader->GetImplementation() != QorFxCgFX) {
+        if (shader)
+            shader->Destroy();
+        error = path + ": this tool drives CgFX effects only (unset ShaderVersion)";
+        return nullptr;
+    }
+    auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
+    material->m_folder = fs::absolute(fs::path(path)).parent_path().string() + "/";
+    QorfxAddSearchFolders(path);
+    const fs::path errorFolder = ErrorFolder();
+    std::error_code ignored;
+    fs::remove(errorFolder / "QorCGFX_Errors.txt", ignored);
+    bool generated = false;
+    {
+        QorfxStdoutSilencer silence;
+        shader->SetFileName(QorString(fs::absolute(fs::path(path)).string().c_str()));
+        generated = shader->HasEffect() && shader->GenerateParameters();
+    }
+    if (!shader->HasEffect()) {
+        error = path + ": cannot read the file";
+        return nullptr;
+    }
+    if (!generated) {
+        compileErrors = ReadText(errorFolder / "QorCGFX_Errors.txt");
+        error = path + ": the effect does not compile";
+        return nullptr;
+    }
+    return material;
+}
+
+QorfxMaterial::QorfxMaterial(QorIShader* shader, std::string name) : m_shader(shader), m_name(std::move(name)) {}
+
+QorfxMaterial::~QorfxMaterial()
+{
+    m_shader->Destroy();
+}
+
+std::string QorfxMaterial::Set(const std::string& name, const std::string& value)
+{
+    const int index = m_shader->GetParameterIndex(name.c_str());
+    if (index < 1)
+        return "no parameter \"" + name + "\" in " + m_name;
+    const int type = m_shader->GetParameterType(index);
+    if (type == 4)
+        return m_shader->SetParameterString(index, value.c_str()) == 0 ? "" : "cannot set \"" + name + "\"";
+    const std::vector<float> numbers = ParseFloats(value);
+    if (type == 1) {
+        if (numbers.size() != 1)
+            return "\"" + name + "\" takes one number, not \"" + value + "\"";
+        m_shader->SetParameterFloat(index, numbers[0]);
+        return "";
+    }
+    const size_t components = type == 5 ? 2 : type == 6 ? 3 : 4;
+    if (numbers.size() < std::min<size_t>(components, 3) || numbers.size() > components)
+        return "\"" + name + "\" takes " + std::to_string(components) + " numbers separated by commas, not \"" +
+               value + "\"";
+    float rgba[4] = {0, 0, 0, 1};
+    for (size_t i = 0; i < numbers.size(); ++i)
+        rgba[i] = numbers[i];
+    m_shader->SetParameterColor(index, rgba[0], rgba[1], rgba[2], rgba[3]);
+    return "";
+}

@@ -1,0 +1,316 @@
+#include "QorfxRender.h"
+
+#include "QorfxFont.h"
+#include "QorfxMaterial.h"
+#include "QorfxScene.h"
+#include "QorfxTextures.h"
+#include "QorGL/QorGLContext.h"
+#include "QorVisFoundation/QorTexturePixelImage.h"
+#include "QorVisShaders/QorShaderManager.h"
+
+#include <Cg/cgGL.h>
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+constexpr int kLabelScale = 2;
+constexpr int kLabelHeight = 7 * kLabelScale + 8;
+
+struct Camera
+{
+    Qor4x4Matrix world, view, projection;
+};
+
+void Report(const std::string& message)
+{
+    std::fprintf(stderr, "qorfx: %s\n", message.c_str());
+}
+
+std::vector<float> Numbers(const std::string& text)
+{
+    std::vector<float> numbers;
+    const char* cursor = text.c_str();
+    char* end = nullptr;
+    for (;;) {
+        const float value = std::strtof(cursor, &end);
+        if (end == cursor)
+            return {};
+        numbers.push_back(value);
+        if (*end == '\0')
+            return numbers;
+        if (*end != ',')
+            return {};
+        cursor = end + 1;
+    }
+}
+
+void SetMatrix(QorShaderEffect& effect, QorEffectMatrix which, const Qor4x4Matrix& matrix)
+{
+    if (const CGparameter parameter = effect.GetMatrixParameter(which))
+        cgSetMatrixParameterfr(parameter, matrix.Data());
+}
+
+void SetMatrices(QorShaderEffect& effect, const Camera& camera)
+{
+    const Qor4x4Matrix worldView = camera.view * camera.world;
+    const Qor4x4Matrix worldInverse = QorfxInverse(camera.world);
+    const Qor4x4Matrix viewInverse = QorfxInverse(camera.view);
+    const Qor4x4Matrix worldViewInverse = QorfxInverse(worldView);
+    SetMatrix(effect, QorEffectWorld, camera.world);
+    SetMatrix(effect, QorEffectWorldInverse, worldInverse);
+    SetMatrix(effect, QorEffectWorldInverseTranspose, worldInverse.Transposed());
+    SetMatrix(effect, QorEffectView, camera.view);
+    SetMatrix(effect, QorEffectViewInverse, viewInverse);
+    SetMatrix(effect, QorEffectViewInverseTranspose, viewInverse.Transposed());
+    SetMatrix(effect, QorEffectProjection, camera.projection);
+    SetMatrix(effect, QorEffectWorldView, worldView);
+    SetMatrix(effect, QorEffectWorldViewInverse, worldViewInverse);
+    SetMatrix(effect, QorEffectWorldViewInverseTranspose, worldViewInverse.Transposed());
+    SetMatrix(effect, QorEffectWorldViewProjection, camera.projection * worldView);
+}
+
+void Set(CGparameter parameter, float x, float y, float z, float w = 1)
+{
+    if (parameter)
+        cgSetParameter4f(parameter, x, y, z, w);
+}
+
+// Light kinds from names, as the light configuration code: two bits per light.
+bool LightCode(const std::vector<std::string>& lights, unsigned int& code)
+{
+    code = 0;
+    if (lights.size() > QorMaxLights)
+        return false;
+    for (size_t i = 0; i < lights.size(); ++i) {
+        const std::string& kind = lights[i];
+        const unsigned int value = kind == "point" ? unsigned(QorLightPoint)
+                                   : kind == "spot" ? unsigned(QorLightSpot)
+                                   : kind == "dir"  ? unsigned(QorLightDirectional)
+                                                    : 0u;
+        if (value == 0)
+            return false;
+        code |= value << (2 * i);
+    }
+    return true;
+}
+
+// Places each light around the object: a point light up right, a spot from above, a
+// directional light from the upper left, rotating further lights around the view axis.
+void SetLights(QorShaderEffect& effect)
+{
+    for (int slot = 0; slot < effect.GetLightCount(); ++slot) {
+        const QorShaderLight& light = effect.GetLight(slot);
+        const float angle = slot * 2.4f;
+        const float px = 2.5f * std::cos(angle + 0.6f), py = 2.5f * std::sin(angle + 0.6f) + 1.0f, pz = 3.0f;
+        const float length = std::sqrt(px * px + py * py + pz * pz);
+        Set(light.position, px, py, pz);
+        Set(light.direction, -px / length, -py / length, -pz / length, 0);
+        const float intensity = light.lightType == QorLightDirectional ? 0.6f : 0.9f;
+        Set(light.color, intensity, intensity, intensity);
+        Set(light.specularColor, 0.8f, 0.8f, 0.8f);
+        Set(light.ambient, 0, 0, 0);
+        if (light.axialFalloffConstant)
+            cgSetParameter1f(light.axialFalloffConstant, 1);
+        if (light.radialInnerCone)
+            cgSetParameter1f(light.radialInnerCone, 0.97f);
+        if (light.radialOuterCone)
+            cgSetParameter1f(light.radialOuterCone, 0.90f);
+        if (light.radialFalloffExponent)
+            cgSetParameter1f(light.radialFalloffExponent, 1);
+    }
+}
+
+std::string SetEnvironment(QorShaderEffect& effect, const std::string& environment, unsigned int& skyTexture)
+{
+    if (effect.GetEnvironmentState() == QorEnvironmentNone)
+        return "";
+    if (environment == "sky") {
+        if (!effect.updateEnvModel(QorEnvironmentCube))
+            return "the effect has no cube environment (\"SEnvCUBE\")";
+        if (!skyTexture)
+            skyTexture = QorfxMakeSkyCubeMap();
+        Set(effect.GetEnvironmentMember(0), 0.35f, 0.35f, 0.35f);
+        for (int member : {1, 2})
+            if (const CGparameter sampler = effect.GetEnvironmentMember(member))
+                cgGLSetTextureParameter(sampler, skyTexture);
+        return "";
+    }
+    const std::vector<float> rgb = Numbers(environment);
+    if (rgb.size() != 3)
+        return "--env takes r,g,b or \"sky\", not \"" + environment + "\"";
+    effect.updateEnvModel(QorEnvironmentColor);
+    Set(effect.GetEnvironmentMember(0), rgb[0], rgb[1], rgb[2]);
+    return "";
+}
+
+std::string ApplyOptions(QorfxMaterial& material, const QorfxRenderOptions& options)
+{
+    for (const std::string& assignment : options.sets) {
+        const size_t equals = assignment.find('=');
+        if (equals == std::string::npos || equals == 0)
+            return "--set takes NAME=VALUE, not \"" + assignment + "\"";
+        const std::string problem = material.Set(assignment.substr(0, equals), assignment.substr(equals + 1));
+        if (!problem.empty())
+            return problem;
+    }
+    if (!options.technique.empty()) {
+        char* end = nullptr;
+        const long number = std::strtol(options.technique.c_str(), &end, 10);
+        if (*end == '\0')
+            material.Shader().SetParameterFloat(0, static_cast<float>(number));
+        else
+            material.Shader().SetParameterString(0, options.technique.c_str());
+    }
+    return "";
+}
+
+// Draws one material into the current framebuffer; an empty string on success.
+std::string DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& options, const Camera& camera,
+                         const std::vector<QorfxVertex>& mesh, unsigned int& skyTexture)
+{
+    QorIShader& shader = material.Shader();
+    QorShaderEffect& effect = material.Effect();
+    std::string problem = ApplyOptions(material, options);
+    if (!problem.empty())
+        return problem;
+    unsigned int code = 0;
+    LightCode(options.lights, code);
+    shader.UpdateLightModel(code);
+    shader.SetCurrentParameters();
+    problem = SetEnvironment(effect, options.environment, skyTexture);
+    if (!problem.empty())
+        return problem;
+    problem = QorfxLoadTextures(material);
+    if (!problem.empty())
+        return problem;
+    cgGLSetManageTextureParameters(effect.GetCgContext(), CG_TRUE);
+    effect.ForceCompile();
+    if (!effect.ValidateTechnique())
+        return "no technique of " + material.Name() + " runs on this GL driver";
+    SetLights(effect);
+    SetMatrices(effect, camera);
+    effect.UploadCurrentParameters(false);
+    for (int index = 1; index < shader.GetNbParameters(); ++index)
+        if (shader.GetParameterType(index) == 4)
+            cgSetSamplerState(effect.GetUserParameter(index));
+
+    glClearColor(0.05f, 0.05f, 0.06f, 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    for (CGpass pass = cgGetFirstPass(effect.GetCurrentTechnique()); pass; pass = cgGetNextPass(pass)) {
+        cgSetPassState(pass);
+        QorfxDrawMesh(mesh);
+        cgResetPassState(pass);
+    }
+    glFinish();
+    return "";
+}
+
+void CopyTile(std::vector<unsigned char>& sheet, int sheetWidth, const std::vector<unsigned char>& tile, int width,
+              int height, int x, int y)
+{
+    for (int row = 0; row < height; ++row)
+        std::memcpy(&sheet[((static_cast<size_t>(y) + row) * sheetWidth + x) * 4],
+                    &tile[static_cast<size_t>(row) * width * 4], static_cast<size_t>(width) * 4);
+}
+
+std::string FormatOf(const std::string& output)
+{
+    return QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(output.c_str())).c_str();
+}
+
+} // namespace
+
+int QorfxRender(const std::vector<std::string>& inputs, const std::string& output, const QorfxRenderOptions& options)
+{
+    unsigned int code = 0;
+    if (!LightCode(options.lights, code)) {
+        Report("--lights takes up to 8 of point, spot, dir");
+        return 2;
+    }
+    const std::vector<QorfxVertex> mesh = QorfxMakeMesh(options.mesh);
+    if (mesh.empty()) {
+        Report("--mesh takes quad, cube or sphere, not \"" + options.mesh + "\"");
+        return 2;
+    }
+    const std::string format = FormatOf(output);
+    if (format.empty()) {
+        Report(output + ": the output needs an image extension such as .png");
+        return 2;
+    }
+    QorGLContext context;
+    if (!context.Open(options.width, options.height)) {
+        Report(context.GetError());
+        return 1;
+    }
+
+    const bool sheet = inputs.size() > 1;
+    const int columns = sheet ? static_cast<int>(std::ceil(std::sqrt(static_cast<double>(inputs.size())))) : 1;
+    const int rows = static_cast<int>((inputs.size() + columns - 1) / columns);
+    const int cellHeight = options.height + (sheet ? kLabelHeight : 0);
+    const int sheetWidth = columns * options.width, sheetHeight = rows * cellHeight;
+    std::vector<unsigned char> pixels(static_cast<size_t>(sheetWidth) * sheetHeight * 4, 0);
+    for (size_t i = 3; i < pixels.size(); i += 4)
+        pixels[i] = 255;
+
+    Camera camera;
+    camera.world = options.mesh == "quad" ? Qor4x4Matrix() : QorfxRotation(20, -30);
+    const float eye[3] = {0, 0, 3.4f}, target[3] = {0, 0, 0}, up[3] = {0, 1, 0};
+    camera.view = QorfxLookAt(eye, target, up);
+    camera.projection =
+        QorfxPerspective(40, static_cast<float>(options.width) / static_cast<float>(options.height), 0.1f, 100);
+
+    unsigned int skyTexture = 0;
+    int status = 0;
+    for (size_t i = 0; i < inputs.size() && status == 0; ++i) {
+        if (inputs.size() > 4)
+            std::fprintf(stderr, "qorfx: rendering %zu/%zu %s\n", i + 1, inputs.size(), inputs[i].c_str());
+        std::string error, compileErrors;
+        std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], error, compileErrors);
+        if (material)
+            error = DrawMaterial(*material, options, camera, mesh, skyTexture);
+        if (!error.empty()) {
+            Report(error);
+            if (!compileErrors.empty())
+                std::fputs(compileErrors.c_str(), stderr);
+            status = 1;
+            break;
+        }
+        const int x = static_cast<int>(i % columns) * options.width;
+        const int y = static_cast<int>(i / columns) * cellHeight;
+        CopyTile(pixels, sheetWidth, context.ReadPixels(), options.width, options.height, x, y);
+        if (sheet) {
+            const std::string label = std::filesystem::path(inputs[i]).stem().string();
+            const int labelX = x + std::max(2, (options.width - QorfxTextWidth(label, kLabelScale)) / 2);
+            QorfxDrawText(pixels, sheetWidth, sheetHeight, labelX, y + options.height + 4, label, kLabelScale);
+        }
+        material.reset();
+        // Textures the material used go back to the registry and their GL names are
+        // deleted while the context is still current.
+        QorShaderManager::CleanShaderTextureToDestroyList();
+    }
+    if (skyTexture)
+        glDeleteTextures(1, &skyTexture);
+    if (status != 0)
+        return status;
+
+    QorTexturePixelImage::Ptr image(
+        QorTexturePixelImage::Create(QorString(output.c_str()), QorPixelRGBA8, sheetWidth, sheetHeight));
+    if (!image) {
+        Report("cannot hold a " + std::to_string(sheetWidth) + "x" + std::to_string(sheetHeight) + " image");
+        return 1;
+    }
+    std::memcpy(image->GetPixels(), pixels.data(), pixels.size());
+    if (image->WriteToFile(format.c_str(), output.c_str()) != 0) {
+        Report(output + ": cannot write the image");
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,15 @@
+/// @file
+/// GL textures for the texture parameters of a material and for the sky environment.
+#pragma once
+
+#include <string>
+
+class QorfxMaterial;
+
+/// Loads every texture file the material's parameters name (SGI files through the
+/// library's readTexture, other formats through OpenImageIO), gives each the GL texture
+/// name in the shared registry, and returns an empty string or the first problem.
+std::string QorfxLoadTextures(QorfxMaterial& material);
+
+/// A procedural sky-and-ground cube map; returns its GL texture name.
+unsigned int QorfxMakeSkyCubeMap();

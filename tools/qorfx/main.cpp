@@ -1,0 +1,126 @@
+// qorfx: answers from the shell what an effect exposes, what it looks like, and whether
+// it travels with its textures, on the same library code a renderer calls.
+#include "QorfxInspect.h"
+#include "QorfxMaterial.h"
+#include "QorfxRender.h"
+#include "QorfxSgi.h"
+#include "QorGL/QorGLContext.h"
+#include "QorVisShaders/QorShaderIncludeManager.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+// --include NAME=FILE registers FILE's text as the in-memory include NAME.
+int RegisterIncludes(const std::vector<std::string>& includes)
+{
+    for (const std::string& include : includes) {
+        const size_t equals = include.find('=');
+        if (equals == std::string::npos || equals == 0) {
+            std::fprintf(stderr, "qorfx: --include takes NAME=FILE, not \"%s\"\n", include.c_str());
+            return 2;
+        }
+        std::ifstream in(include.substr(equals + 1), std::ios::binary);
+        if (!in) {
+            std::fprintf(stderr, "qorfx: %s: cannot read the include file\n", include.substr(equals + 1).c_str());
+            return 1;
+        }
+        std::ostringstream text;
+        text << in.rdbuf();
+        QorShaderIncludeManager::Instance().AddInclude(QorString(include.substr(0, equals).c_str()),
+                                                       text.str().c_str());
+    }
+    return 0;
+}
+
+int Inspect(const std::string& file, bool json)
+{
+    std::string error, compileErrors;
+    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(file, error, compileErrors);
+    if (!material) {
+        std::fprintf(stderr, "qorfx: %s\n", error.c_str());
+        if (!compileErrors.empty()) {
+            if (json)
+                std::printf("%s\n", nlohmann::json{{"file", file}, {"errors", compileErrors}}.dump(2).c_str());
+            else
+                std::fputs(compileErrors.c_str(), stderr);
+        }
+        return 1;
+    }
+    // Techniques validate only in a GL context; without a display they are listed unchecked.
+    QorGLContext context;
+    const bool validate = context.Open(1, 1);
+    const nlohmann::json description = QorfxDescribe(*material, validate);
+    if (json)
+        std::printf("%s\n", description.dump(2).c_str());
+    else
+        QorfxPrintDescription(description);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app{"qorfx: inspect, render, pack and convert QorVisShaders materials"};
+    app.require_subcommand(1);
+    std::vector<std::string> includes;
+    app.add_option("--include", includes, "Register FILE as the in-memory include NAME (NAME=FILE)");
+
+    std::string inspectFile;
+    bool json = false;
+    CLI::App* inspect = app.add_subcommand("inspect", "Techniques, parameters, semantics and interfaces of an effect");
+    inspect->add_option("file", inspectFile, "Effect file")->required();
+    inspect->add_flag("--json", json, "Print one JSON document");
+
+    std::vector<std::string> renderInputs;
+    std::string renderOutput, size = "256x256", lights = "point,dir";
+    QorfxRenderOptions options;
+    CLI::App* render = app.add_subcommand("render", "Draw materials on a lit mesh into an image");
+    render->add_option("files", renderInputs, "Effect files")->required();
+    render->add_option("-o,--output", renderOutput, "Image to write (its extension names the format)")->required();
+    render->add_option("--size", size, "Tile size WxH (1 to 4096 each)");
+    render->add_option("--mesh", options.mesh, "quad, cube or sphere");
+    render->add_option("--set", options.sets, "NAME=VALUE: a float, a colour r,g,b[,a] or a texture file");
+    render->add_option("--technique", options.technique, "Technique number or name");
+    render->add_option("--lights", lights, "Comma-separated light kinds: point, spot, dir");
+    render->add_option("--env", options.environment, "Environment colour r,g,b, or \"sky\" (the default) for a cube map");
+
+    std::string sgiInput, sgiOutput;
+    CLI::App* sgi = app.add_subcommand("sgi", "Convert an SGI image through the library's reader");
+    sgi->add_option("file", sgiInput, "SGI image")->required();
+    sgi->add_option("-o,--output", sgiOutput, "Image to write")->required();
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        const int code = app.exit(error);
+        return code == 0 ? 0 : 2;
+    }
+    if (const int status = RegisterIncludes(includes))
+        return status;
+
+    if (*inspect)
+        return Inspect(inspectFile, json);
+    if (*sgi)
+        return QorfxConvertSgi(sgiInput, sgiOutput);
+
+    int width = 0, height = 0;
+    char extra = 0;
+    if (std::sscanf(size.c_str(), "%dx%d%c", &width, &height, &extra) != 2 || width < 1 || height < 1 ||
+        width > 4096 || height > 4096) {
+        std::fprintf(stderr, "qorfx: --size takes WxH with each side from 1 to 4096, not \"%s\"\n", size.c_str());
+        return 2;
+    }
+    options.width = width;
+    options.height = height;
+    options.lights.clear();
+    std::istringstream kinds(lights);
+    for (std::string kind; std::getline(kinds, kind, ',');)
+        options.lights.push_back(kind);
+    return QorfxRender(renderInputs, renderOutput, options);
+}
