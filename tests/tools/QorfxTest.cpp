@@ -116,3 +116,40 @@ TEST(QorfxTest, SgiConversionMatchesTheSource)
     ASSERT_GT(png.size(), 8u);
     EXPECT_EQ(png.substr(1, 3), "PNG");
 }
+
+TEST(QorfxTest, PackUnpackAndInspectKeepTheMaterial)
+{
+    QorTempDir dir;
+    QorScopedEnv includes("QorGraphicPath", QOR_SAMPLES_DIR);
+    const std::string package = dir.File("checker.zpk");
+    const QorfxResult packed =
+        RunQorfx("pack " + QorfxSample("materials/textured.cgfx") + " --set Tiling=3 -o " + package);
+    ASSERT_EQ(packed.exitCode, 0) << packed.err;
+    const QorfxResult listing = RunQorfx("inspect --json " + package);
+    ASSERT_EQ(listing.exitCode, 0) << listing.err;
+    const nlohmann::json description = nlohmann::json::parse(listing.out);
+    EXPECT_EQ(description["parameters"][1]["name"], "Tiling");
+    EXPECT_EQ(description["parameters"][1]["value"], 3.0);
+
+    QorTempDir unzipOut;
+    ASSERT_EQ(std::system(("unzip -l " + package + " >" + unzipOut.File("list")).c_str()), 0);
+    const std::string entries = QorReadFile(unzipOut.File("list"));
+    for (const char* entry : {"manifest.json", "stream.bin", "effects/", "images/"})
+        EXPECT_NE(entries.find(entry), std::string::npos) << entry;
+
+    const QorfxResult unpacked = RunQorfx("unpack " + package + " -C " + dir.File("out"));
+    ASSERT_EQ(unpacked.exitCode, 0) << unpacked.err;
+    EXPECT_NE(QorReadFile(dir.File("out/textured.cgfx")).find("technique TexturedARB"), std::string::npos);
+    EXPECT_EQ(QorReadFile(dir.File("out/checker.png")).substr(1, 3), "PNG");
+    EXPECT_EQ(nlohmann::json::parse(QorReadFile(dir.File("out/material.json")))["parameters"][1]["value"], 3.0);
+
+    dir.Write("broken.zpk", "PK\x03\x04 not really a zip");
+    const QorfxResult corrupt = RunQorfx("inspect " + dir.File("broken.zpk"));
+    EXPECT_EQ(corrupt.exitCode, 1);
+    EXPECT_NE(corrupt.err.find("broken.zpk"), std::string::npos);
+    EXPECT_EQ(RunQorfx("pack " + QorfxSample("materials/textured.cgfx") + " --texture ColorMap=" +
+                       dir.File("none.png") + " -o " + dir.File("none.zpk"))
+                  .exitCode,
+              1);
+    EXPECT_TRUE(QorReadFile(dir.File("none.zpk")).empty()) << "no package after a failure";
+}

@@ -2,6 +2,8 @@
 
 #include "QorSystem/QorEnvironment.h"
 #include "QorSystem/QorFiles.h"
+#include "QorVisFoundation/QorResourceZPKContainer.h"
+#include "QorVisFoundation/QorStreamer.h"
 #include "QorVisShaders/QorShaderManager.h"
 
 #include <cstdio>
@@ -54,14 +56,29 @@ std::string ReadText(const fs::path& path)
     return text.str();
 }
 
-// The error file goes to "QorTemp"; give the library a private one when none is set.
+// A folder of the tool's own, removed with everything in it when the process ends.
+struct PrivateTemp
+{
+    ~PrivateTemp()
+    {
+        std::error_code ignored;
+        if (!path.empty())
+            fs::remove_all(path, ignored);
+    }
+    std::string path;
+};
+
+// The error file (and the package texture cache) go to "QorTemp"; give the library a
+// private one when none is set.
 fs::path ErrorFolder()
 {
     if (const char* temp = QorGetEnv("QorTemp"))
         return fs::path(QorNativePath(temp));
+    static PrivateTemp temp;
     std::string pattern = (fs::temp_directory_path() / "qorfx-XXXXXX").string();
     if (!mkdtemp(pattern.data()))
         return {};
+    temp.path = pattern;
     QorSetEnv("QorTemp", pattern.c_str());
     return pattern;
 }
@@ -83,6 +100,46 @@ std::vector<float> ParseFloats(const std::string& text)
 
 } // namespace
 
+namespace {
+
+QorIShader* NewCgFXShader(const std::string& path, std::string& error)
+{
+    QorIShader* shader = QorShaderManager::CreateShader();
+    if (shader && shader->GetImplementation() == QorFxCgFX)
+        return shader;
+    if (shader)
+        shader->Destroy();
+    error = path + ": this tool drives CgFX effects only (unset ShaderVersion)";
+    return nullptr;
+}
+
+// Runs `load` (which attaches an effect and generates the parameters) with the error file
+// reset and standard output silenced, and turns its outcome into the caller's messages.
+template <typename Load>
+bool Compile(const std::string& path, QorIShader& shader, std::string& error, std::string& compileErrors, Load load)
+{
+    const fs::path errorFolder = ErrorFolder();
+    std::error_code ignored;
+    fs::remove(errorFolder / "QorCGFX_Errors.txt", ignored);
+    bool generated = false;
+    {
+        QorfxStdoutSilencer silence;
+        generated = load();
+    }
+    if (!shader.HasEffect()) {
+        error = path + ": cannot read the file";
+        return false;
+    }
+    if (!generated) {
+        compileErrors = ReadText(errorFolder / "QorCGFX_Errors.txt");
+        error = path + ": the effect does not compile";
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
 std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, std::string& error,
                                                    std::string& compileErrors)
 {
@@ -90,35 +147,45 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, std:
         error = path + ": cannot read the file";
         return nullptr;
     }
-    QorIShader* shader = QorShaderManager::CreateShader();
-    if (!shader || shader->GetImplementation() != QorFxCgFX) {
-        if (shader)
-            shader->Destroy();
-        error = path + ": this tool drives CgFX effects only (unset ShaderVersion)";
+    QorIShader* shader = NewCgFXShader(path, error);
+    if (!shader)
         return nullptr;
-    }
     auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
     material->m_folder = fs::absolute(fs::path(path)).parent_path().string() + "/";
     QorfxAddSearchFolders(path);
-    const fs::path errorFolder = ErrorFolder();
-    std::error_code ignored;
-    fs::remove(errorFolder / "QorCGFX_Errors.txt", ignored);
-    bool generated = false;
-    {
-        QorfxStdoutSilencer silence;
+    const bool compiled = Compile(path, *shader, error, compileErrors, [&] {
         shader->SetFileName(QorString(fs::absolute(fs::path(path)).string().c_str()));
-        generated = shader->HasEffect() && shader->GenerateParameters();
-    }
-    if (!shader->HasEffect()) {
-        error = path + ": cannot read the file";
+        return shader->HasEffect() && shader->GenerateParameters();
+    });
+    return compiled ? std::move(material) : nullptr;
+}
+
+std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadPackage(const std::string& path, std::string& error,
+                                                          std::string& compileErrors)
+{
+    QorResourceZPKContainer container;
+    QorStreamer stream;
+    std::string reason;
+    if (container.LoadFromFile(path.c_str(), stream, &reason) != 0) {
+        error = path + ": " + reason;
         return nullptr;
     }
-    if (!generated) {
-        compileErrors = ReadText(errorFolder / "QorCGFX_Errors.txt");
-        error = path + ": the effect does not compile";
+    QorIShader* shader = NewCgFXShader(path, error);
+    if (!shader)
         return nullptr;
-    }
-    return material;
+    auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
+    const bool compiled = Compile(path, *shader, error, compileErrors, [&] {
+        shader->UnStream(stream);
+        return !stream.IsFailed() && shader->GetNbParameters() > 0;
+    });
+    return compiled ? std::move(material) : nullptr;
+}
+
+std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadAny(const std::string& path, std::string& error,
+                                                      std::string& compileErrors)
+{
+    return fs::path(path).extension() == ".zpk" ? LoadPackage(path, error, compileErrors)
+                                               : Load(path, error, compileErrors);
 }
 
 QorfxMaterial::QorfxMaterial(QorIShader* shader, std::string name) : m_shader(shader), m_name(std::move(name)) {}

@@ -16,8 +16,14 @@ public:
     /// is missing or does not compile; `compileErrors` then holds the error file's text.
     static std::unique_ptr<QorfxMaterial> Load(const std::string& path, std::string& error,
                                                std::string& compileErrors);
-    /// Adopts a shader that already holds an effect and its parameters (un-streamed).
-    explicit QorfxMaterial(QorIShader* shader, std::string name);
+    /// Loads a ".zpk" material: its stream un-streamed into a new shader, the effect
+    /// compiled from the source the package carries (includes come from the search paths).
+    static std::unique_ptr<QorfxMaterial> LoadPackage(const std::string& path, std::string& error,
+                                                      std::string& compileErrors);
+    /// Either of the above, by the file's extension.
+    static std::unique_ptr<QorfxMaterial> LoadAny(const std::string& path, std::string& error,
+                                                  std::string& compileErrors);
+    QorfxMaterial(QorIShader* shader, std::string name);
     ~QorfxMaterial();
     QorfxMaterial(const QorfxMaterial&) = delete;
     QorfxMaterial& operator=(const QorfxMaterial&) = delete;

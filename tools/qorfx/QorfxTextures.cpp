@@ -113,6 +113,24 @@ std::string QorfxLoadTextures(QorfxMaterial& material)
     return "";
 }
 
+std::string QorfxResolveTextureFiles(QorfxMaterial& material)
+{
+    QorIShader& shader = material.Shader();
+    for (int index = 1; index < shader.GetNbParameters(); ++index) {
+        if (shader.GetParameterType(index) != 4)
+            continue;
+        char file[QorMaxParameterStringLength] = {};
+        shader.GetParameterString(index, file);
+        if (!file[0])
+            continue;
+        const std::string path = Locate(file, material.Folder());
+        if (path.empty())
+            return std::string(file) + ": texture file not found (" + shader.GetParameterName(index) + ")";
+        shader.SetParameterString(index, fs::absolute(path).string().c_str());
+    }
+    return "";
+}
+
 unsigned int QorfxMakeSkyCubeMap()
 {
     const int size = 64;

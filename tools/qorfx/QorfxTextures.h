@@ -11,5 +11,9 @@ class QorfxMaterial;
 /// name in the shared registry, and returns an empty string or the first problem.
 std::string QorfxLoadTextures(QorfxMaterial& material);
 
+/// Turns every texture value's file name into the path of the file it names (see
+/// QorfxLoadTextures for where files are looked for); an empty string or the first problem.
+std::string QorfxResolveTextureFiles(QorfxMaterial& material);
+
 /// A procedural sky-and-ground cube map; returns its GL texture name.
 unsigned int QorfxMakeSkyCubeMap();

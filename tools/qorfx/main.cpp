@@ -2,6 +2,7 @@
 // it travels with its textures, on the same library code a renderer calls.
 #include "QorfxInspect.h"
 #include "QorfxMaterial.h"
+#include "QorfxPack.h"
 #include "QorfxRender.h"
 #include "QorfxSgi.h"
 #include "QorGL/QorGLContext.h"
@@ -40,7 +41,7 @@ int RegisterIncludes(const std::vector<std::string>& includes)
 int Inspect(const std::string& file, bool json)
 {
     std::string error, compileErrors;
-    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(file, error, compileErrors);
+    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadAny(file, error, compileErrors);
     if (!material) {
         std::fprintf(stderr, "qorfx: %s\n", error.c_str());
         if (!compileErrors.empty()) {
@@ -73,8 +74,8 @@ int main(int argc, char** argv)
 
     std::string inspectFile;
     bool json = false;
-    CLI::App* inspect = app.add_subcommand("inspect", "Techniques, parameters, semantics and interfaces of an effect");
-    inspect->add_option("file", inspectFile, "Effect file")->required();
+    CLI::App* inspect = app.add_subcommand("inspect", "Techniques, parameters, semantics and interfaces of an effect or a .zpk material");
+    inspect->add_option("file", inspectFile, "Effect file or .zpk material")->required();
     inspect->add_flag("--json", json, "Print one JSON document");
 
     std::vector<std::string> renderInputs;
@@ -89,6 +90,19 @@ int main(int argc, char** argv)
     render->add_option("--technique", options.technique, "Technique number or name");
     render->add_option("--lights", lights, "Comma-separated light kinds: point, spot, dir");
     render->add_option("--env", options.environment, "Environment colour r,g,b, or \"sky\" (the default) for a cube map");
+
+    std::string packEffect, packOutput;
+    std::vector<std::string> packSets;
+    CLI::App* pack = app.add_subcommand("pack", "Pack an effect, its values and textures into a .zpk document");
+    pack->add_option("effect", packEffect, "Effect file")->required();
+    pack->add_option("--set", packSets, "NAME=VALUE: a float, a colour r,g,b[,a] or a texture file");
+    pack->add_option("--texture", packSets, "NAME=FILE: the texture file of a texture parameter");
+    pack->add_option("-o,--output", packOutput, "The .zpk document to write")->required();
+
+    std::string unpackInput, unpackFolder;
+    CLI::App* unpack = app.add_subcommand("unpack", "Unpack a .zpk document: effect, textures and material.json");
+    unpack->add_option("package", unpackInput, "The .zpk document")->required();
+    unpack->add_option("-C,--directory", unpackFolder, "Folder to write into")->required();
 
     std::string sgiInput, sgiOutput;
     CLI::App* sgi = app.add_subcommand("sgi", "Convert an SGI image through the library's reader");
@@ -108,6 +122,10 @@ int main(int argc, char** argv)
         return Inspect(inspectFile, json);
     if (*sgi)
         return QorfxConvertSgi(sgiInput, sgiOutput);
+    if (*pack)
+        return QorfxPack(packEffect, packSets, packOutput);
+    if (*unpack)
+        return QorfxUnpack(unpackInput, unpackFolder);
 
     int width = 0, height = 0;
     char extra = 0;
