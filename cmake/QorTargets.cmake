@@ -13,6 +13,19 @@ if(QOR_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(QOR_FUZZ)
+  # Coverage instrumentation in every target, so that the fuzzers are guided by the
+  # library's and the platform's branches too; libFuzzer's own main is linked only into
+  # the fuzz targets (-fsanitize=fuzzer in fuzz/CMakeLists.txt). Sanitizer settings as
+  # for QOR_SANITIZE.
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "QOR_FUZZ needs clang: configure with CC=clang CXX=clang++")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize=enum -fno-omit-frame-pointer
+    -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # qor_module(NAME SOURCES... [LINKS ...] [PRIVATE_LINKS ...])
 # A shared platform or product library whose public headers sit in include/<NAME>/
 # beside its sources; installed with its headers.

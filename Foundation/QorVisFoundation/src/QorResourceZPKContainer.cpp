@@ -23,6 +23,29 @@ int QorResourceZPKContainer::AddEntry(Entry entry)
     }
 }
 
+bool QorResourceZPKContainer::AdoptEntries(std::vector<Entry>& entries)
+{
+    try {
+        std::multimap<QorString, int> effectIds;
+        std::map<const void*, int> imageIds;
+        for (std::size_t position = 0; position < entries.size(); ++position) {
+            Entry& entry = entries[position];
+            entry.id = static_cast<int>(position);
+            if (entry.kind == QorEffectEntry)
+                effectIds.emplace(entry.name, entry.id);
+            else if (entry.image)
+                imageIds.emplace(entry.image.get(), entry.id); // keeps the first id of an image
+        }
+        // Swaps cannot fail: the container changes whole or not at all.
+        m_entries.swap(entries);
+        m_effectIds.swap(effectIds);
+        m_imageIds.swap(imageIds);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
 const QorResourceZPKContainer::Entry* QorResourceZPKContainer::GetEntry(int id) const
 {
     if (id < 0 || id >= GetEntryCount())

@@ -2,7 +2,11 @@
 /// The resources a stream refers to by integer id: shader effect sources and pixel
 /// images. A shader streams an id in place of the resource; whoever un-streams it asks the
 /// same container for the resource back. The container lives in memory; every entry
-/// carries an id, a kind, a name and its data, which is what a ".zpk" package stores.
+/// carries an id, a kind, a name and its data. A document (the entries and the bytes of
+/// the stream that refers to them) is saved to and loaded from one ".zpk" package: a zip
+/// archive holding "manifest.json", "stream.bin", each effect as "effects/<id>.cgfx" and
+/// each image as "images/<id>.png" (floating-point images add their exact pixels as
+/// "images/<id>.f32").
 #pragma once
 
 #include "QorSystem/QorString.h"
@@ -79,14 +83,44 @@ public:
 
     /// Ids run from 0 to GetEntryCount() - 1.
     int GetEntryCount() const { return static_cast<int>(m_entries.size()); }
-    /// The entry of that id, borrowed until the container goes; null for an unknown id.
+    /// The entry of that id, null for an unknown id. Borrowed until the next entry is added
+    /// or a package is loaded into the container.
     const Entry* GetEntry(int id) const;
     /// Effect objects handed out and neither released nor removed yet.
     std::size_t GetHandedOutCount() const { return m_handedOut.size(); }
 
+    /// The package format version SaveToFile writes; LoadFromFile reads it and older ones.
+    static constexpr int kPackageVersion = 1;
+
+    /// Writes the entries and every byte of `stream` (whatever has been read of it) as a
+    /// ".zpk" package at `path`, which may use the framework's "\". The file appears only
+    /// complete: it is written beside the destination and renamed over it. Returns 0, or
+    /// -1 with the reason in `*error` (when error is not null); a failed save leaves no
+    /// partial file and any earlier file at `path` as it was. Image entries must be named
+    /// by something ending in a file name (not "", "." or ".."), since readers cache them
+    /// under that file name.
+    int SaveToFile(const char* path, const QorStreamer& stream, std::string* error) const;
+    /// Loads a package written by SaveToFile. Every entry, size, checksum and image is
+    /// checked before anything is used. On success returns 0: the container's entries are
+    /// the package's (earlier entries and their images are released; effect objects handed
+    /// out and images GetImage gave stay valid), and `stream` holds the package's stream
+    /// bytes, read from the start, with this container set on it. On failure returns -1
+    /// with the reason in `*error` (when error is not null), and neither the container nor
+    /// `stream` has changed. Nothing is written anywhere but a private temporary folder
+    /// that is gone when the call returns.
+    int LoadFromFile(const char* path, QorStreamer& stream, std::string* error);
+    /// LoadFromFile for the bytes of a package held in memory (`size` bytes at `data`,
+    /// only read during the call).
+    int LoadFromMemory(const unsigned char* data, std::size_t size, QorStreamer& stream, std::string* error);
+
 private:
     /// Appends an entry and returns its id, or -1 when out of memory.
     int AddEntry(Entry entry);
+    /// Replaces every entry by `entries` (ids by position) with the indexes rebuilt;
+    /// false, with nothing changed, when out of memory.
+    bool AdoptEntries(std::vector<Entry>& entries);
+    /// LoadFromFile when `path` is not null, else LoadFromMemory.
+    int Load(const char* path, const unsigned char* data, std::size_t size, QorStreamer& stream, std::string* error);
 
     std::vector<Entry> m_entries;              // position == id
     std::multimap<QorString, int> m_effectIds; // effect name -> ids with that name

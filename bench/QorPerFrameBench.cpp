@@ -1,0 +1,212 @@
+// Per-frame cost of driving many materials of one effect. Each frame, every material
+// sets some of its values through the shader object, is made current (SetCurrentParameters,
+// then UploadCurrentParameters pushing only modified values) and gets the effect's bound
+// matrices; the raw road makes the same cgSetParameter* calls directly. Every iteration
+// draws one frame on each road, alternating which goes first, so their ratio comes from
+// one run. No GL context: cgSetParameter* works without one, and nothing is drawn.
+#include "QorBenchSupport.h"
+
+#include "QorMath/Qor4x4Matrix.h"
+#include "QorVisShaders/QorIShader.h"
+#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaders/QorShaderManager.h"
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using QorBench::Clock;
+using QorBench::SecondsSince;
+
+constexpr int kUserParameters = 64;
+constexpr int kValuesPerMaterial = 8;
+constexpr QorEffectMatrix kBoundMatrices[] = {QorEffectWorldViewProjection, QorEffectWorld,
+                                              QorEffectWorldInverseTranspose, QorEffectViewInverse};
+
+using QorBench::Shader;
+
+// One value a material changes every frame: where the shader object finds it and the
+// Cg parameter the raw road sets.
+struct ChangedValue
+{
+    int index;         // parameter index of the shader object (from 1)
+    bool color;        // float4 colour, else float
+    CGparameter handle;
+};
+
+struct Material
+{
+    Shader shader;
+    std::array<ChangedValue, kValuesPerMaterial> changed;
+    Qor4x4Matrix world;
+};
+
+// What a frame does besides making materials current.
+enum class FrameKind
+{
+    Changed,   // each material sets its values; only those are pushed
+    Unchanged, // no value changes: the library walks values that need no push
+    Full,      // each material sets its values and pushes all of them (a material switch)
+};
+
+// The effect, its materials and the handles both roads feed.
+class Scene
+{
+public:
+    bool Build(int materials)
+    {
+        if (!m_folder.Ready() || m_folder.Write("wide.cgfx", QorBench::WideEffect(kUserParameters)).empty())
+            return false;
+        for (int m = 0; m < materials; ++m) {
+            Material material{Shader(QorShaderManager::CreateShader()), {}, {}};
+            if (!material.shader)
+                return false;
+            material.shader->SetFileName(QorString("wide.cgfx"));
+            if (!material.shader->GenerateParameters() ||
+                material.shader->GetNbParameters() != kUserParameters + 1 ||
+                material.shader->GetImplementation() != QorFxCgFX)
+                return false;
+            // The CgFX shader's effect is a QorShaderEffect, which the renderer's CgFX
+            // driver feeds directly.
+            m_effect = static_cast<QorShaderEffect*>(material.shader->GetIShaderEffect());
+            for (int k = 0; k < kValuesPerMaterial; ++k) {
+                const int parameter = (m * kValuesPerMaterial + k) % kUserParameters;
+                const std::string name = QorBench::WideParameterName(parameter);
+                ChangedValue& value = material.changed[static_cast<size_t>(k)];
+                value.index = material.shader->GetParameterIndex(name.c_str());
+                value.color = QorBench::WideParameterIsColor(parameter);
+                value.handle = cgGetNamedEffectParameter(m_effect->GetCgEffect(), name.c_str());
+                if (value.index < 1 || !value.handle)
+                    return false;
+            }
+            material.world.At(0, 3) = static_cast<float>(m);
+            m_materials.push_back(std::move(material));
+        }
+        for (QorEffectMatrix which : kBoundMatrices) {
+            m_matrices.push_back(m_effect->GetMatrixParameter(which));
+            if (!m_matrices.back())
+                return false;
+        }
+        for (int parameter = 0; parameter < kUserParameters; ++parameter) {
+            const std::string name = QorBench::WideParameterName(parameter);
+            m_allValues.push_back({parameter + 1, QorBench::WideParameterIsColor(parameter),
+                                   cgGetNamedEffectParameter(m_effect->GetCgEffect(), name.c_str())});
+        }
+        return true;
+    }
+
+    // The library's road for one frame.
+    void LibraryFrame(FrameKind kind, float time)
+    {
+        for (Material& material : m_materials) {
+            QorIShader& shader = *material.shader;
+            if (kind != FrameKind::Unchanged)
+                for (const ChangedValue& value : material.changed) {
+                    if (value.color)
+                        shader.SetParameterColor(value.index, time, 0.5f, 0.25f, 1.0f);
+                    else
+                        shader.SetParameterFloat(value.index, time);
+                }
+            shader.SetCurrentParameters();
+            m_effect->UploadCurrentParameters(kind != FrameKind::Full);
+            SetMatrices(material.world);
+        }
+    }
+
+    // The same frame with raw Cg calls.
+    void RawFrame(FrameKind kind, float time)
+    {
+        for (Material& material : m_materials) {
+            if (kind == FrameKind::Changed)
+                SetRaw(material.changed.begin(), material.changed.end(), time);
+            else if (kind == FrameKind::Full)
+                SetRaw(m_allValues.begin(), m_allValues.end(), time);
+            SetMatrices(material.world);
+        }
+    }
+
+    int Materials() const { return static_cast<int>(m_materials.size()); }
+
+private:
+    template <typename Iterator>
+    static void SetRaw(Iterator first, Iterator last, float time)
+    {
+        for (; first != last; ++first) {
+            if (first->color)
+                cgSetParameter4f(first->handle, time, 0.5f, 0.25f, 1.0f);
+            else
+                cgSetParameter1f(first->handle, time);
+        }
+    }
+
+    void SetMatrices(const Qor4x4Matrix& world)
+    {
+        for (CGparameter matrix : m_matrices)
+            cgSetMatrixParameterfr(matrix, world.Data());
+    }
+
+    QorBench::EffectFolder m_folder;
+    std::vector<Material> m_materials;
+    QorShaderEffect* m_effect = nullptr; // borrowed: the materials hold it
+    std::vector<CGparameter> m_matrices;
+    std::vector<ChangedValue> m_allValues;
+};
+
+void PerFrame(benchmark::State& state, FrameKind kind, int materials)
+{
+    Scene scene;
+    if (!scene.Build(materials)) {
+        QorBench::Fail(state, "cannot build the materials of the wide effect");
+        return;
+    }
+    // One frame on each road first, so both start from values already pushed once.
+    scene.LibraryFrame(FrameKind::Full, 0.0f);
+    scene.RawFrame(FrameKind::Full, 0.0f);
+    double libraryTotal = 0;
+    double rawTotal = 0;
+    int frame = 0;
+    for (auto _ : state) {
+        const float time = static_cast<float>(++frame) * 1e-3f;
+        double library = 0;
+        double raw = 0;
+        for (int road = 0; road < 2; ++road) {
+            const bool libraryRoad = (road == 0) == (frame % 2 == 0);
+            const Clock::time_point start = Clock::now();
+            if (libraryRoad)
+                scene.LibraryFrame(kind, time);
+            else
+                scene.RawFrame(kind, time);
+            (libraryRoad ? library : raw) = SecondsSince(start);
+        }
+        state.SetIterationTime(library);
+        libraryTotal += library;
+        rawTotal += raw;
+    }
+    state.counters["materials"] = scene.Materials();
+    state.counters["raw_us"] = benchmark::Counter(rawTotal * 1e6, benchmark::Counter::kAvgIterations);
+    state.counters["overhead"] = rawTotal > 0 ? libraryTotal / rawTotal : 0;
+    if (kind == FrameKind::Unchanged) {
+        // What the values that no one touched cost the library, each.
+        const double values = static_cast<double>(state.iterations()) * scene.Materials() * kUserParameters;
+        state.counters["ns_per_unchanged_value"] = values > 0 ? (libraryTotal - rawTotal) * 1e9 / values : 0;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    return QorBench::Main(argc, argv, [](bool) {
+        // The sizes are small enough for a smoke run as they are.
+        const int materials = 200;
+        for (const auto& [name, kind] : {std::pair{"PerFrame/Changed8", FrameKind::Changed},
+                                         std::pair{"PerFrame/Unchanged", FrameKind::Unchanged},
+                                         std::pair{"PerFrame/FullUpload", FrameKind::Full}})
+            benchmark::RegisterBenchmark(name, PerFrame, kind, materials)
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
+    });
+}

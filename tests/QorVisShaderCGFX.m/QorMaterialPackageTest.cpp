@@ -1,0 +1,214 @@
+// Whole materials through a real ".zpk" file: sample effects with changed values and a PNG
+// texture are streamed, saved, loaded into a fresh container and un-streamed into fresh
+// shaders, which must come back equal.
+#include "CgFXShader.h"
+
+#include "QorCgTestSupport.h"
+#include "QorSystem/QorFiles.h"
+#include "QorTestSupport.h"
+#include "QorVisFoundation/QorResourceZPKContainer.h"
+#include "QorVisFoundation/QorStreamer.h"
+#include "QorVisFoundation/QorTexturePixelImage.h"
+#include "QorVisShaders/QorShaderEffect.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using ImagePtr = QorTexturePixelImage::Ptr;
+
+// What a person sees of a material: every parameter's name, type and value.
+struct ParameterView
+{
+    std::string name;
+    int type = 0;
+    std::vector<float> numbers;
+    std::string text;
+};
+
+std::vector<ParameterView> ViewOf(CgFXShader& shader)
+{
+    std::vector<ParameterView> view;
+    for (int index = 1; index < shader.GetNbParameters(); ++index) {
+        ParameterView parameter;
+        const char* name = shader.GetParameterName(index);
+        parameter.name = name ? name : "";
+        parameter.type = shader.GetParameterType(index);
+        if (parameter.type == 1) {
+            float value = 0;
+            shader.GetParameterFloat(index, &value);
+            parameter.numbers = {value};
+        } else if (parameter.type == 2 || parameter.type == 5 || parameter.type == 6) {
+            float rgba[4] = {};
+            shader.GetParameterColor(index, &rgba[0], &rgba[1], &rgba[2], &rgba[3]);
+            parameter.numbers.assign(rgba, rgba + 4);
+        } else if (parameter.type == 4) {
+            char buffer[QorMaxParameterStringLength] = {};
+            shader.GetParameterString(index, buffer);
+            parameter.text = buffer;
+        }
+        view.push_back(parameter);
+    }
+    return view;
+}
+
+ImagePtr Checker(const char* name)
+{
+    ImagePtr image(QorTexturePixelImage::Create(name, QorPixelRGBA8, 4, 4));
+    for (std::size_t i = 0; i < image->GetByteCount(); ++i)
+        image->GetPixels()[i] = static_cast<unsigned char>((i / 4 + i / 16) % 2 ? 230 : 20 + i);
+    return image;
+}
+
+std::vector<std::string> FolderContent(const std::string& folder)
+{
+    std::vector<std::string> names;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(folder))
+        names.push_back(item.path().lexically_relative(folder).string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+} // namespace
+
+TEST(QorMaterialPackageTest, TwoSampleMaterialsComeBackEqualFromASavedPackage)
+{
+    QorRegistryGuard registry;
+    QorTempDir dir;
+    QorTempDir cache;
+    QorScopedEnv startup("QorStartupPath", nullptr);
+    QorScopedEnv graphic("QorGraphicPath", QOR_SAMPLES_DIR); // "QorLighting.cgh" is under its shaders/
+    QorScopedEnv temp("QorTemp", cache.Path().c_str());
+    const std::string texture = dir.File("checker.png");
+    ASSERT_EQ(Checker("checker")->WriteToFile("PNG", texture.c_str()), 0);
+    const std::string package = dir.File("materials.zpk");
+
+    std::vector<ParameterView> texturedView;
+    std::vector<ParameterView> plasticView;
+    {
+        CgFXShader textured;
+        textured.SetFileName("materials\\textured.cgfx");
+        ASSERT_TRUE(textured.GenerateParameters());
+        const int tiling = textured.GetParameterIndex("Tiling");
+        const int colorMap = textured.GetParameterIndex("ColorMap");
+        ASSERT_GT(tiling, 0);
+        ASSERT_GT(colorMap, 0);
+        ASSERT_EQ(textured.SetParameterFloat(tiling, 7.0f), 0);
+        ASSERT_EQ(textured.SetParameterString(colorMap, texture.c_str()), 0);
+        texturedView = ViewOf(textured);
+
+        CgFXShader plastic;
+        plastic.SetFileName("materials\\plastic.cgfx");
+        ASSERT_TRUE(plastic.GenerateParameters());
+        ASSERT_EQ(plastic.SetParameterColor(plastic.GetParameterIndex("Diffuse"), 0.1f, 0.7f, 0.3f, 0.9f), 0);
+        ASSERT_EQ(plastic.SetParameterFloat(plastic.GetParameterIndex("Glossiness"), 64.0f), 0);
+        plasticView = ViewOf(plastic);
+
+        QorResourceZPKContainer container;
+        QorStreamer stream;
+        stream.SetResourceZPKContainer(&container);
+        textured.Stream(stream);
+        plastic.Stream(stream);
+        std::string error;
+        ASSERT_EQ(container.SaveToFile(package.c_str(), stream, &error), 0) << error;
+    }
+    // Nothing of the writing side survives: effects unregistered, image list empty, the
+    // texture file gone. What comes back comes from the package alone.
+    EXPECT_EQ(QorShaderEffect::AddShaderEffect("materials\\textured.cgfx")->Release(), 0u);
+    QorTexturePixelImage::ClearList();
+    ASSERT_TRUE(std::filesystem::remove(texture));
+
+    QorResourceZPKContainer container;
+    QorStreamer stream;
+    std::string error;
+    ASSERT_EQ(container.LoadFromFile(package.c_str(), stream, &error), 0) << error;
+    CgFXShader textured;
+    textured.UnStream(stream);
+    CgFXShader plastic;
+    plastic.UnStream(stream);
+    EXPECT_FALSE(stream.IsFailed());
+    EXPECT_EQ(stream.GetRemainingSize(), 0u);
+    ASSERT_TRUE(textured.HasEffect());
+    ASSERT_TRUE(plastic.HasEffect());
+    EXPECT_STREQ(textured.GetIShaderEffect()->GetName(), "materials\\textured.cgfx");
+    EXPECT_STREQ(plastic.GetIShaderEffect()->GetName(), "materials\\plastic.cgfx");
+
+    // Equal values; the texture now names its copy in the cache.
+    const std::string cached = cache.Path() + "\\ZPKResources\\checker.png";
+    for (ParameterView& parameter : texturedView)
+        if (parameter.type == 4)
+            parameter.text = cached;
+    const auto same = [](const std::vector<ParameterView>& a, const std::vector<ParameterView>& b) {
+        ASSERT_EQ(a.size(), b.size());
+        for (std::size_t i = 0; i < a.size(); ++i) {
+            SCOPED_TRACE(a[i].name);
+            EXPECT_EQ(a[i].name, b[i].name);
+            EXPECT_EQ(a[i].type, b[i].type);
+            EXPECT_EQ(a[i].numbers, b[i].numbers);
+            EXPECT_EQ(a[i].text, b[i].text);
+        }
+    };
+    same(ViewOf(textured), texturedView);
+    same(ViewOf(plastic), plasticView);
+    EXPECT_NE(std::find_if(texturedView.begin(), texturedView.end(),
+                           [](const ParameterView& p) { return p.name == "Tiling" && p.numbers == std::vector<float>{7}; }),
+              texturedView.end());
+
+    ImagePtr copy(QorTexturePixelImage::ReadFromFile(cached.c_str(), "copy"));
+    ASSERT_NE(copy, nullptr);
+    ImagePtr original = Checker("checker");
+    ASSERT_EQ(copy->GetByteCount(), original->GetByteCount());
+    EXPECT_EQ(std::memcmp(copy->GetPixels(), original->GetPixels(), original->GetByteCount()), 0);
+}
+
+TEST(QorMaterialPackageTest, TextureNamesLikePathsAreCachedOnlyUnderZPKResources)
+{
+    QorRegistryGuard registry;
+    QorTempDir root;
+    const std::string cache = root.File("cache");
+    std::filesystem::create_directories(cache);
+    QorScopedEnv temp("QorTemp", cache.c_str());
+    const char* names[] = {"../../escape.png", "/abs/folder/absolute.png", "C:\\textures\\drive.png",
+                           "..\\..\\windows.png", "C:relative.png"};
+    const std::string package = root.File("hostile.zpk");
+    {
+        QorCgTestEffect cg;
+        QorShaderParameters set;
+        for (const char* name : names) {
+            QorTexturePixelImage::AddList(Checker(name).release());
+            set.AddTextureParameter(cg.Parameter("diffuse"), name);
+        }
+        QorResourceZPKContainer container;
+        QorStreamer stream;
+        stream.SetResourceZPKContainer(&container);
+        set.Stream(stream);
+        ASSERT_EQ(container.GetEntryCount(), 5);
+        ASSERT_EQ(container.SaveToFile(package.c_str(), stream, nullptr), 0);
+    }
+    QorTexturePixelImage::ClearList();
+
+    QorResourceZPKContainer container;
+    QorStreamer stream;
+    std::string error;
+    ASSERT_EQ(container.LoadFromFile(package.c_str(), stream, &error), 0) << error;
+    QorShaderParameters read;
+    read.UnStream(stream);
+    ASSERT_EQ(read.GetValueList()->size(), 5u);
+    EXPECT_EQ(FolderContent(root.Path()),
+              (std::vector<std::string>{"cache", "cache/ZPKResources", "cache/ZPKResources/C:relative.png",
+                                        "cache/ZPKResources/absolute.png", "cache/ZPKResources/drive.png",
+                                        "cache/ZPKResources/escape.png", "cache/ZPKResources/windows.png",
+                                        "hostile.zpk"}));
+    EXPECT_EQ(QorFileAccess("/abs/folder/absolute.png", 0), -1);
+    EXPECT_EQ(QorFileAccess("../../escape.png", 0), -1);
+    ImagePtr escaped(QorTexturePixelImage::ReadFromFile((cache + "/ZPKResources/escape.png").c_str(), "escape"));
+    ASSERT_NE(escaped, nullptr);
+    EXPECT_EQ(escaped->GetPixels()[5], Checker("x")->GetPixels()[5]);
+}
