@@ -156,7 +156,7 @@ inline const std::vector<std::string>& SampleMaterials()
     return names;
 }
 
-/// A distinct effect file made from a sample: its text with a first line naming the
+/// A distinct effect file made from a sample: its text after two lines naming the
 /// variant, so that no two variants are the same file while each compiles as the
 /// sample does.
 inline std::string EffectVariant(const std::string& sampleText, int variant)

@@ -20,13 +20,12 @@ namespace {
 
 using QorBench::Clock;
 using QorBench::SecondsSince;
+using QorBench::Shader;
 
 constexpr int kUserParameters = 64;
 constexpr int kValuesPerMaterial = 8;
 constexpr QorEffectMatrix kBoundMatrices[] = {QorEffectWorldViewProjection, QorEffectWorld,
                                               QorEffectWorldInverseTranspose, QorEffectViewInverse};
-
-using QorBench::Shader;
 
 // One value a material changes every frame: where the shader object finds it and the
 // Cg parameter the raw road sets.

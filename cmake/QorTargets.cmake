@@ -72,7 +72,7 @@ function(qor_library_module name)
     ${PROJECT_SOURCE_DIR}/QorVisShaderManager.m/src
     ${PROJECT_SOURCE_DIR}/QorVisShaderCGFX.m/src)
   target_link_libraries(${name} PUBLIC QorVisShadersInterfaces QorVisFoundation QorSystem QorDiagnostics
-    Cg::Cg Cg::CgGL)
+    Cg::Cg Cg::CgGL ${CMAKE_DL_LIBS})
 endfunction()
 
 # qor_module_tests(NAME DIR LINKS... [INCLUDES ...]): the tests of one module, DIR/*Test.cpp.

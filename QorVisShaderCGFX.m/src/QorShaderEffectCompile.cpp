@@ -12,6 +12,7 @@
 #include <Cg/cgGL.h>
 
 #include <cstdio>
+#include <dlfcn.h>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -56,6 +57,10 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
 {
     m_effect = nullptr;
     if (!m_context) {
+        // cgGLRegisterStates loads libGL.so.1 and unloads it again when nothing else holds
+        // it, about 10 ms per context; holding it for the process makes that free.
+        static void* const keepGL = dlopen("libGL.so.1", RTLD_LAZY | RTLD_GLOBAL);
+        (void)keepGL;
         m_context = cgCreateContext();
         cgGLRegisterStates(m_context);
         cgSetAutoCompile(m_context, CG_COMPILE_MANUAL);

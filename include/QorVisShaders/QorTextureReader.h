@@ -22,11 +22,11 @@
 /// the buffer and releases it with free(). A run-length row whose packets end before the
 /// row is full leaves the rest of that row's plane at 0.
 ///
-/// Refused, with null returned and all four outputs 0: a file that cannot be opened or
-/// read; two bytes per channel (16-bit SGI images are not supported); a width, height or
-/// channel count of 0; a picture whose RGBA buffer would not stay below 2 GiB (its byte
-/// size must fit an int); verbatim planes or run-length offset tables that the file is too
-/// short to hold; a run-length row whose start or size lies outside the file; a packet
-/// that would pass the end of its row or read past the row's encoded bytes. The magic
-/// number is not checked. Null output pointers are skipped.
+/// Refused, with null returned and all four outputs 0: a path that is not a regular file
+/// that can be opened and read; any channel size but one byte (16-bit SGI images are not
+/// supported); a width, height or channel count of 0; a picture whose RGBA buffer would
+/// not stay below 2 GiB (its byte size must fit an int); verbatim planes or run-length
+/// offset tables that the file is too short to hold; a run-length row whose start or size
+/// lies outside the file; a packet that would pass the end of its row or read past the
+/// row's encoded bytes. The magic number is not checked. Null output pointers are skipped.
 unsigned int* readTexture(const char* fileName, int* dimension, int* width, int* height, int* components);

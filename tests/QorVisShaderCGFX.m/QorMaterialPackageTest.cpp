@@ -157,9 +157,10 @@ TEST(QorMaterialPackageTest, TwoSampleMaterialsComeBackEqualFromASavedPackage)
     };
     same(ViewOf(textured), texturedView);
     same(ViewOf(plastic), plasticView);
-    EXPECT_NE(std::find_if(texturedView.begin(), texturedView.end(),
-                           [](const ParameterView& p) { return p.name == "Tiling" && p.numbers == std::vector<float>{7}; }),
-              texturedView.end());
+    const auto changedTiling = [](const ParameterView& p) {
+        return p.name == "Tiling" && p.numbers == std::vector<float>{7};
+    };
+    EXPECT_NE(std::find_if(texturedView.begin(), texturedView.end(), changedTiling), texturedView.end());
 
     ImagePtr copy(QorTexturePixelImage::ReadFromFile(cached.c_str(), "copy"));
     ASSERT_NE(copy, nullptr);

@@ -7,6 +7,7 @@
 #include "QorfxSgi.h"
 #include "QorGL/QorGLContext.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
+#include "QorVisShaders/QorShaderManager.h"
 
 #include <CLI/CLI.hpp>
 
@@ -63,9 +64,7 @@ int Inspect(const std::string& file, bool json)
     return 0;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int Run(int argc, char** argv)
 {
     CLI::App app{"qorfx: inspect, render, pack and convert QorVisShaders materials"};
     app.require_subcommand(1);
@@ -141,4 +140,14 @@ int main(int argc, char** argv)
     for (std::string kind; std::getline(kinds, kind, ',');)
         options.lights.push_back(kind);
     return QorfxRender(renderInputs, renderOutput, options);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const int status = Run(argc, argv);
+    // Materials handed their textures back to the registry; retire them before exit.
+    QorShaderManager::CleanShaderTextureToDestroyList();
+    return status;
 }

@@ -263,7 +263,8 @@ bool QorPackageManifest::Read(const std::string& text, std::string& error)
             return reader.Fail("", "not a JSON object");
         const auto format = root.find("format");
         if (format == root.end() || !format->is_string() || format->get_ref<const std::string&>() != kFormatName)
-            return reader.Fail("", std::string("\"format\" is not \"") + kFormatName + "\": not a Qor resource package");
+            return reader.Fail("", std::string("\"format\" is not \"") + kFormatName +
+                                       "\": not a Qor resource package");
         std::uint64_t number = 0;
         if (!reader.Unsigned(root, "version", UINT32_MAX, "", number))
             return false;

@@ -209,7 +209,10 @@ public:
         zip_source_t* source = zip_source_buffer(m_archive, m_kept.back()->data(), bytes.size(), 0);
         EXPECT_GE(zip_file_add(m_archive, name.c_str(), source, ZIP_FL_OVERWRITE | ZIP_FL_ENC_RAW), 0);
     }
-    void Remove(const std::string& name) { EXPECT_EQ(zip_delete(m_archive, zip_name_locate(m_archive, name.c_str(), 0)), 0); }
+    void Remove(const std::string& name)
+    {
+        EXPECT_EQ(zip_delete(m_archive, zip_name_locate(m_archive, name.c_str(), 0)), 0);
+    }
     void EditManifest(const std::function<void(Json&)>& edit)
     {
         Json manifest = Json::parse(Read("manifest.json"));
@@ -462,7 +465,8 @@ TEST(QorResourcePackageTest, MissingExtraOrCorruptPartsAreRefusedAndTheContainer
          "\"notes.txt\" is not named by the manifest"},
         {"changed text, manifest kept", [](PackageEditor& e) { e.Put("effects/0.cgfx", std::string(kPlastic) + " "); },
          "\"effects/0.cgfx\" has 54 bytes where 53 are expected"},
-        {"same size, other bytes", [](PackageEditor& e) { e.Put("stream.bin", std::string(e.Read("stream.bin")).replace(0, 1, "x")); },
+        {"same size, other bytes",
+         [](PackageEditor& e) { e.Put("stream.bin", e.Read("stream.bin").replace(0, 1, "x")); },
          "\"stream.bin\" has checksum"},
         {"a wrong checksum", [](PackageEditor& e) {
              e.EditManifest([](Json& m) { m["entries"][8]["file"]["crc32"] = "00000000"; });
@@ -479,16 +483,19 @@ TEST(QorResourcePackageTest, MissingExtraOrCorruptPartsAreRefusedAndTheContainer
          }, "\"images/3.png\" is not an 8-bit PNG of 3 channels"},
         {"a PNG cut short", [](PackageEditor& e) { e.Put("images/2.png", e.Read("images/2.png").substr(0, 60), true); },
          "\"images/2.png\" is not a PNG image (cut short)"},
-        {"a PNG chunk with a wrong CRC", [](PackageEditor& e) { e.Put("images/2.png", DamagedIdat(e.Read("images/2.png"), false), true); },
+        {"a PNG chunk with a wrong CRC",
+         [](PackageEditor& e) { e.Put("images/2.png", DamagedIdat(e.Read("images/2.png"), false), true); },
          "\"images/2.png\" is not a PNG image (a chunk's CRC is wrong)"},
-        {"PNG pixels that do not inflate", [](PackageEditor& e) { e.Put("images/2.png", DamagedIdat(e.Read("images/2.png"), true), true); },
+        {"PNG pixels that do not inflate",
+         [](PackageEditor& e) { e.Put("images/2.png", DamagedIdat(e.Read("images/2.png"), true), true); },
          "\"images/2.png\" is not a PNG image that can be decoded"},
         {"a path of the manifest's choosing", [](PackageEditor& e) {
              e.EditManifest([](Json& m) { m["entries"][0]["file"]["path"] = "../effects/0.cgfx"; });
          }, "manifest: entry 0 file: path \"../effects/0.cgfx\" is not \"effects/0.cgfx\""},
         {"ids out of order", [](PackageEditor& e) { e.EditManifest([](Json& m) { m["entries"][1]["id"] = 0; }); },
          "manifest: entry 1: id 0 is not its position in the list"},
-        {"an unknown kind", [](PackageEditor& e) { e.EditManifest([](Json& m) { m["entries"][1]["kind"] = "sound"; }); },
+        {"an unknown kind",
+         [](PackageEditor& e) { e.EditManifest([](Json& m) { m["entries"][1]["kind"] = "sound"; }); },
          "manifest: entry 1: unknown kind \"sound\""},
         {"a huge image", [](PackageEditor& e) {
              e.EditManifest([](Json& m) { m["entries"][2]["width"] = 1 << 30; });
@@ -603,4 +610,19 @@ TEST(QorResourcePackageTest, AFailedSaveLeavesNoFileAndKeepsTheOldOne)
     ASSERT_EQ(loaded.LoadFromFile(old.c_str(), loadedStream, &error), 0) << error;
     ExpectSameDocument(good, goodStream, loaded, loadedStream);
     EXPECT_EQ(FolderContent(dir.Path()), (std::vector<std::string>{"a-folder", "doc.zpk"}));
+}
+
+TEST(QorResourcePackageTest, TheFuzzSeedsAreLoadablePackagesOfThisVersion)
+{
+    const std::string seeds = std::string(QOR_SAMPLES_DIR) + "/../fuzz/seeds/QorResourcePackageFuzz";
+    int count = 0;
+    for (const auto& seed : std::filesystem::directory_iterator(seeds)) {
+        SCOPED_TRACE(seed.path().string());
+        QorResourceZPKContainer container;
+        QorStreamer stream;
+        std::string error;
+        EXPECT_EQ(container.LoadFromFile(seed.path().c_str(), stream, &error), 0) << error;
+        ++count;
+    }
+    EXPECT_GE(count, 3) << "the fuzzer starts from real packages";
 }
