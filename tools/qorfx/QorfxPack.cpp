@@ -1,6 +1,6 @@
 #include "QorfxPack.h"
 
-#include "QorfxInspect.h"
+#include "QorfxDescribe.h"
 #include "QorfxMaterial.h"
 #include "QorfxTextures.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"

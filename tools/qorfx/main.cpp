@@ -1,6 +1,6 @@
 // qorfx: answers from the shell what an effect exposes, what it looks like, and whether
 // it travels with its textures, on the same library code a renderer calls.
-#include "QorfxInspect.h"
+#include "QorfxDescribe.h"
 #include "QorfxMaterial.h"
 #include "QorfxPack.h"
 #include "QorfxRender.h"

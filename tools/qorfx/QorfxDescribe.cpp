@@ -1,4 +1,4 @@
-#include "QorfxInspect.h"
+#include "QorfxDescribe.h"
 
 #include "QorfxMaterial.h"
 
