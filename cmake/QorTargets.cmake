@@ -61,18 +61,25 @@ function(qor_test name)
   endif()
 endfunction()
 
-# qor_library_module(NAME): one module folder of the shader library (NAME.m/src/*.cpp),
-# compiled as an object library and linked into the single shared QorVisShaders.
-# Modules see each other's private headers; the public ones are in include/QorVisShaders.
+# qor_library_module(NAME [DEPENDS MODULES...] [LINKS LIBRARIES...]): one module folder
+# of the shader library (NAME.m), compiled as an object library and linked into the
+# single shared QorVisShaders. NAME.m/src is private to the module (and to its tests);
+# NAME.m/include, when present, holds what the module offers to the modules that name
+# it under DEPENDS. A module sees nothing else of its siblings, so including another
+# module's private header fails to compile. Symbols are hidden unless a public header
+# exports them (QOR_VISSHADERS_API).
 function(qor_library_module name)
+  cmake_parse_arguments(ARG "" "" "DEPENDS;LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/src/*.cpp)
   add_library(${name} OBJECT ${sources})
   target_compile_options(${name} PRIVATE ${QOR_WARNINGS})
-  target_include_directories(${name} PUBLIC
-    ${PROJECT_SOURCE_DIR}/QorVisShaderManager.m/src
-    ${PROJECT_SOURCE_DIR}/QorVisShaderCGFX.m/src)
-  target_link_libraries(${name} PUBLIC QorVisShadersInterfaces QorVisFoundation QorSystem QorDiagnostics
-    Cg::Cg Cg::CgGL ${CMAKE_DL_LIBS})
+  set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
+  endif()
+  target_link_libraries(${name} PUBLIC QorVisShadersInterfaces ${ARG_DEPENDS} ${ARG_LINKS})
+  set_property(GLOBAL APPEND PROPERTY QOR_LIBRARY_MODULES ${name})
 endfunction()
 
 # qor_module_tests(NAME DIR LINKS... [INCLUDES ...]): the tests of one module, DIR/*Test.cpp.

@@ -1,10 +1,10 @@
 #include "CgFXShader.h"
 
 #include "QorShaderParameters.h"
-#include "QorShaderSourceFiles.h"
-#include "QorShaderValue.h"
-#include "QorSystem/QorFiles.h"
-#include "QorSystem/QorPaths.h"
+
+#include "QorVisShaderShared/QorShaderSearch.h"
+#include "QorVisShaderShared/QorShaderValueCopy.h"
+
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
 #include "QorVisShaders/QorShaderEffect.h"
@@ -171,18 +171,11 @@ void CgFXShader::SetFileName(const QorString& name)
     if (separator > 0)
         m_pathName = name.Left(separator + 1);
 
-    QorString path = name;
-    if (QorFileAccess(name.c_str(), 0) != 0 &&
-        !QorShaderSourceFiles::FindUnderStartupPath(name, ";", " ;", path)) {
-        path = QorFindPath(name.c_str(), "QorGraphicPath");
-        if (QorFileAccess(path.c_str(), 0) != 0) {
-            path = QorFindPath((QorString("shaders\\") + name).c_str(), "QorGraphicPath");
-            if (QorFileAccess(path.c_str(), 0) != 0)
-                return; // found nowhere: the shader stays as it was
-        }
-    }
+    QorString path;
+    if (!QorShaderSearch::FindShaderFile(name, path))
+        return; // found nowhere: the shader stays as it was
     QorUnicodeString text;
-    if (!QorShaderSourceFiles::ReadSource(path, text))
+    if (!QorShaderSearch::ReadSource(path, text))
         return;
     // Every shader given this file name shares the effect registered under it.
     SetBuffer(text.c_str(), m_fileName.c_str());
@@ -271,32 +264,8 @@ void CgFXShader::copyValuesFrom(QorShaderParameters& streamed)
 {
     // Matched by index: the stream and the effect list their parameters in one order.
     const int count = streamed.GetNbParameters();
-    for (int index = 1; index < count; ++index) {
-        switch (streamed.GetParameterType(index)) {
-        case 1: {
-            float value = 0;
-            streamed.GetFloatValue(index, &value, 0);
-            m_parameters->SetFloatValue(index, value);
-            break;
-        }
-        case 2:
-        case 5:
-        case 6: {
-            float rgba[4] = {0, 0, 0, 0};
-            streamed.GetColorValue(index, rgba, 0);
-            m_parameters->SetColorValue(index, rgba);
-            break;
-        }
-        case 4: {
-            char* file = nullptr;
-            streamed.GetTextureValue(index, &file, 0);
-            m_parameters->SetTextureValue(index, file, 0);
-            break;
-        }
-        default:
-            break; // other codes are not copied
-        }
-    }
+    for (int index = 1; index < count; ++index)
+        QorCopyParameterValue(streamed, index, *m_parameters, index);
 }
 
 int CgFXShader::SetEnvironmentMap(const char* file, int first, int second)

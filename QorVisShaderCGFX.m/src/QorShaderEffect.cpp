@@ -9,8 +9,6 @@
 #include "QorVisFoundation/QorGLServices.h"
 #include "QorVisFoundation/QorStreamer.h"
 
-#include <Cg/cg.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
@@ -43,13 +41,11 @@ QorShaderEffect::QorShaderEffect()
 
 QorShaderEffect::~QorShaderEffect()
 {
+    // The effect goes to the host first; the contexts (the current one even when the last
+    // compilation failed and left no effect) go with their holders after this body.
     if (m_effect)
         DeleteShaderEffect(m_effect);
-    // Destroy the context even when the last compilation failed and left no effect.
-    if (m_context)
-        cgDestroyContext(m_context);
     m_effect = nullptr;
-    m_context = nullptr;
     std::free(m_buffer);
     std::free(m_name);
     delete[] m_uuid;
@@ -57,8 +53,6 @@ QorShaderEffect::~QorShaderEffect()
     delete m_parameters;
     for (auto& entry : m_interfaces)
         delete entry.second;
-    for (CGcontext context : m_retiredContexts)
-        cgDestroyContext(context);
 }
 
 unsigned int QorShaderEffect::AddRef()
@@ -82,8 +76,7 @@ void QorShaderEffect::Init()
     // The context is kept alive for interfaces made in it (see m_retiredContexts); the
     // next compilation creates a fresh one.
     if (m_context)
-        m_retiredContexts.push_back(m_context);
-    m_context = nullptr;
+        m_retiredContexts.push_back(std::move(m_context));
     m_effect = nullptr;
     std::fill(std::begin(m_matrices), std::end(m_matrices), nullptr);
     // The seven coefficient handles are cleared by binding itself.

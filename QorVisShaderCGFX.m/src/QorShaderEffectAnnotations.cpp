@@ -2,6 +2,7 @@
 // range from the UI annotations.
 #include "QorVisShaders/QorShaderEffect.h"
 
+#include "QorCgTypes.h"
 #include "QorShaderParameters.h"
 
 #include <cstring>
@@ -59,9 +60,8 @@ bool QorShaderEffect::checkParameterVisibility(CGparameter parameter, int* type)
         return false;
     const CGtype parameterType = cgGetParameterType(parameter);
     *type = parameterType;
-    return parameterType == CG_BOOL || (parameterType >= CG_FLOAT && parameterType <= CG_FLOAT4) ||
-           (parameterType >= CG_SAMPLER1D && parameterType <= CG_SAMPLERCUBE) || parameterType == CG_STRING ||
-           parameterType == CG_INT || parameterType == 1317;
+    return parameterType == CG_BOOL || parameterType == CG_INT ||
+           (parameterType >= CG_FLOAT && parameterType <= CG_FLOAT4) || QorIsCgTextureType(parameterType);
 }
 
 int QorShaderEffect::getParameterFloatMinMaxStep(CGparameter parameter, float& min, float& max, float& step,

@@ -3,6 +3,7 @@
 #include "QorVisShaders/QorShaderEffect.h"
 
 #include "QorDiagnostics/CheckFailure.h"
+#include "QorCgTypes.h"
 #include "QorShaderInterface.h"
 #include "QorShaderParameters.h"
 
@@ -94,11 +95,6 @@ const char* StringAnnotation(CGparameter parameter, const char* name)
     return annotation ? cgGetStringAnnotationValue(annotation) : nullptr;
 }
 
-bool IsTextureType(int type)
-{
-    return (type >= CG_SAMPLER1D && type <= CG_SAMPLERCUBE) || type == CG_STRING || type == 1317;
-}
-
 const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderEffect";
 
 } // namespace
@@ -186,7 +182,7 @@ void QorShaderEffect::buildParameterSet()
                 else
                     cgGLGetParameter4f(parameter, components);
                 m_parameters->AddColorParameter(parameter, components, type - CG_FLOAT + 1);
-            } else if (IsTextureType(type)) {
+            } else if (QorIsCgTextureType(type)) {
                 m_parameters->AddTextureParameter(parameter, QorShaderParameters::GetTextureFileAnnotation(parameter));
             }
             continue;
@@ -202,7 +198,7 @@ void QorShaderEffect::buildParameterSet()
             continue;
         const CGtype base = cgGetNamedUserType(m_effect, userType);
         if (cgIsInterfaceType(base)) {
-            AddInterface(parameter, m_context, m_effect, base);
+            AddInterface(parameter, m_context.Get(), m_effect, base);
             ConnectTypeToInterface(name, dynamicType, m_parameters);
         }
     }
@@ -211,7 +207,7 @@ void QorShaderEffect::buildParameterSet()
 void QorShaderEffect::bindEnvironment(CGparameter parameter)
 {
     const CGtype environment = cgGetNamedUserType(m_effect, "Environment");
-    QorShaderInterface* created = AddInterface(parameter, m_context, m_effect, environment);
+    QorShaderInterface* created = AddInterface(parameter, m_context.Get(), m_effect, environment);
     if (created && ConnectTypeToInterface("environment", "SEnvColor", m_parameters)) {
         m_environmentState = QorEnvironmentColor;
         m_environmentInterface = created;

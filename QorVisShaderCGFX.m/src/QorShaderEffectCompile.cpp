@@ -4,10 +4,11 @@
 
 #include "QorShaderIncludeResolver.h"
 #include "QorShaderParameters.h"
-#include "QorShaderSourceFiles.h"
+
+#include "QorVisShaderShared/QorShaderSearch.h"
+
 #include "QorSystem/QorEnvironment.h"
 #include "QorSystem/QorFiles.h"
-#include "QorSystem/QorPaths.h"
 
 #include <Cg/cgGL.h>
 
@@ -32,20 +33,15 @@ void DrainCgErrors()
 QorShaderParameters* QorShaderEffect::GenerateShader()
 {
     QorString path = m_fileName;
-    if (!m_fileName.IsEmpty() && QorFileAccess(m_fileName.c_str(), 0) != 0) {
-        if (!QorShaderSourceFiles::FindUnderStartupPath(m_fileName, ";", ";", path)) {
-            path = m_fileName;
-            if (QorGetFilePathFromOfficialVariable(path, "QorGraphicPath", 0) == -1)
-                return nullptr;
-        }
-    }
+    if (!m_fileName.IsEmpty() && !QorShaderSearch::FindEffectFile(m_fileName, path))
+        return nullptr;
     if (m_effect) {
         cgDestroyEffect(m_effect);
         m_effect = nullptr;
         Init();
     }
     if (!m_fileName.IsEmpty()) {
-        if (!QorShaderSourceFiles::ReadSource(path, m_source))
+        if (!QorShaderSearch::ReadSource(path, m_source))
             return nullptr;
     } else if (m_buffer) {
         m_source = QorUnicodeString(m_buffer);
@@ -61,15 +57,16 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
         // it, about 10 ms per context; holding it for the process makes that free.
         static void* const keepGL = dlopen("libGL.so.1", RTLD_LAZY | RTLD_GLOBAL);
         (void)keepGL;
-        m_context = cgCreateContext();
-        cgGLRegisterStates(m_context);
-        cgSetAutoCompile(m_context, CG_COMPILE_MANUAL);
+        m_context = QorCgContextHolder(cgCreateContext());
+        cgGLRegisterStates(m_context.Get());
+        cgSetAutoCompile(m_context.Get(), CG_COMPILE_MANUAL);
         cgSetErrorCallback(DrainCgErrors);
-        cgSetCompilerIncludeCallback(m_context, QorShaderIncludeResolver::ResolveInclude);
+        cgSetCompilerIncludeCallback(m_context.Get(), QorShaderIncludeResolver::ResolveInclude);
     }
-    m_effect = cgCreateEffect(m_context, m_source.c_str(), nullptr);
+    m_compileErrors = QorString("");
+    m_effect = cgCreateEffect(m_context.Get(), m_source.c_str(), nullptr);
     if (!m_effect) {
-        writeErrorFile(cgGetErrorString(cgGetError()), cgGetLastListing(m_context));
+        writeErrorFile(cgGetErrorString(cgGetError()), cgGetLastListing(m_context.Get()));
         return nullptr;
     }
 
@@ -94,17 +91,17 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
     return m_parameters;
 }
 
-void QorShaderEffect::writeErrorFile(const char* message, const char* listing) const
+void QorShaderEffect::writeErrorFile(const char* message, const char* listing)
 {
+    m_compileErrors = QorString(message ? message : "") + "\n";
+    if (listing)
+        m_compileErrors += QorString(listing) + "\n";
     const char* temp = QorGetEnv("QorTemp");
     if (!temp)
         return;
     const QorString path = QorString(temp) + "\\QorCGFX_Errors.txt";
-    if (QorFile file{QorFopen(path.c_str(), "w")}) {
-        std::fprintf(file.get(), "%s\n", message ? message : "");
-        if (listing)
-            std::fprintf(file.get(), "%s\n", listing);
-    }
+    if (QorFile file{QorFopen(path.c_str(), "w")})
+        std::fputs(m_compileErrors.c_str(), file.get());
     // The path is data: a "%" in the temporary folder's name must print as it is.
     std::fputs(path.c_str(), stdout);
     std::fflush(stdout);
@@ -186,7 +183,7 @@ int QorShaderEffect::ForceCompile()
 {
     if (!m_context)
         return 1;
-    for (CGprogram program = cgGetFirstProgram(m_context); program; program = cgGetNextProgram(program))
+    for (CGprogram program = cgGetFirstProgram(m_context.Get()); program; program = cgGetNextProgram(program))
         if (!cgIsProgramCompiled(program))
             cgCompileProgram(program);
     return 1;

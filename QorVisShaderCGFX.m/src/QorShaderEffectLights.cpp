@@ -82,7 +82,7 @@ void QorShaderEffect::buildLightSlot(int slot, unsigned int kind)
     if (!m_effect)
         return; // no effect, no user types to build from
     light.structureType = cgGetNamedUserType(m_effect, ImplementationOf(kind));
-    light.instance = cgCreateParameter(m_context, light.structureType);
+    light.instance = cgCreateParameter(m_context.Get(), light.structureType);
     if (!light.instance)
         return;
     for (const LightMember& member : kLightMembers)
@@ -106,7 +106,7 @@ bool QorShaderEffect::resolveInterfacesAndArrays()
     const CGtype lightType = cgGetNamedUserType(m_effect, "Light");
     if (lightType == CG_UNKNOWN_TYPE)
         return false;
-    m_lightsArray = cgCreateParameterArray(m_context, lightType, m_lightCount);
+    m_lightsArray = cgCreateParameterArray(m_context.Get(), lightType, m_lightCount);
     for (int slot = 0; slot < m_lightCount; ++slot)
         if (m_lights[slot].instance)
             cgConnectParameter(m_lights[slot].instance, cgGetArrayParameter(m_lightsArray, slot));

@@ -6,6 +6,7 @@
 #include "QorShaderValue.h"
 #include "QorVisShaders/QorIShaderParameters.h"
 #include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderValueType.h"
 #include "QorVisShaders/QorShaderTexture.h"
 
 #include <Cg/cgGL.h>
@@ -18,20 +19,20 @@ void PushValue(QorShaderValue& value, CGparameter parameter)
 {
     int type = 0;
     value.GetType(&type);
-    if (type == 1) {
+    if (type == QorValueFloat) {
         float number = 0;
         value.Get(&number);
         cgSetParameter1f(parameter, number);
-    } else if (type == 2 || type == 5 || type == 6) {
+    } else if (QorIsColorType(type)) {
         float components[4] = {0, 0, 0, 0};
         value.Get(components);
-        if (type == 5)
+        if (type == QorValueColor2)
             cgSetParameter2fv(parameter, components);
-        else if (type == 6)
+        else if (type == QorValueColor3)
             cgSetParameter3fv(parameter, components);
         else
             cgSetParameter4fv(parameter, components);
-    } else if (type == 4) {
+    } else if (type == QorValueTexture) {
         char* file = nullptr;
         value.Get(&file);
         const QorShaderTexture* texture = QorShaderManager::GetShaderTexture(file);

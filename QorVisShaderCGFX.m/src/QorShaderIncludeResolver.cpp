@@ -1,10 +1,10 @@
 #include "QorShaderIncludeResolver.h"
 
 #include "QorDiagnostics/CheckFailure.h"
-#include "QorSystem/QorEnvironment.h"
 #include "QorSystem/QorFiles.h"
 #include "QorSystem/QorPaths.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
+#include "QorVisShaderShared/QorShaderSearch.h"
 
 #include <fstream>
 #include <set>
@@ -21,34 +21,14 @@ constexpr int kMaxIncludeDepth = 64;
 
 bool IsFileInclude(const std::string& name)
 {
-    return name.find(".hfx") != std::string::npos || name.find(".cgh") != std::string::npos;
+    return QorShaderSearch::IsFileInclude(name.c_str(), {".hfx", ".cgh"});
 }
 
-// The first "<directory>\shaders\<name>" of the variable's list that exists.
-bool FindUnderShaders(const char* variable, const char* name, QorString& found)
-{
-    for (const QorString& directory : QorSplitPathList(QorGetEnv(variable))) {
-        const QorString candidate = directory + "\\shaders\\" + name;
-        if (QorFileAccess(candidate.c_str(), 0) == 0) {
-            found = candidate;
-            return true;
-        }
-    }
-    return false;
-}
-
-// Where a file include lives: the requested name itself, else under "\shaders\" of
-// "QorGraphicPath", else of "QorStartupPath". `requested` keeps the compiler's "/".
+// Where a file include lives; `requested` keeps the compiler's "/", which the first
+// access test uses as it stands and the directory searches drop.
 bool FindIncludeFile(const std::string& requested, QorString& found)
 {
-    if (QorFileAccess(requested.c_str(), 0) == 0) {
-        found = QorString(requested);
-        return true;
-    }
-    const char* relative = requested.c_str() + 1;
-    if (FindUnderShaders("QorGraphicPath", relative, found))
-        return true;
-    return FindUnderShaders("QorStartupPath", relative, found);
+    return QorShaderSearch::FindIncludeFile(requested.c_str(), requested.c_str() + 1, found);
 }
 
 std::string ReadWholeFile(const QorString& path)

@@ -2,6 +2,8 @@
 
 #include "QorShaderValueString.h"
 
+#include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
+
 #include "QorSystem/QorStrings.h"
 
 #include <cstdlib>
@@ -12,7 +14,7 @@ QorShaderInterfaceRecord::~QorShaderInterfaceRecord()
     m_touched.clear();
     for (auto& member : m_members) {
         if (QorShaderValueString* texture = QorShaderValueString::FromValue(member.second))
-            QorShaderValueString::HandBackTexture(texture->GetFile());
+            QorShaderTextureBookkeeping::HandBack(texture->GetFile());
         delete member.second;
         std::free(member.first);
     }

@@ -5,12 +5,12 @@
 #include "QorShaderValueFloat.h"
 #include "QorShaderValueString.h"
 
-#include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorShaderTexture.h"
+#include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
+
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include "QorDiagnostics/CheckFailure.h"
 #include "QorSystem/QorStrings.h"
-#include "QorVisFoundation/QorGLServices.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -26,20 +26,6 @@ const int kNameCapacityStep = 10;
 bool SameName(const char* a, const char* b)
 {
     return std::strcmp(a, b) == 0;
-}
-
-// The reload of step 2a: the renderer makes the texture again from its file.
-void ReloadTexture(const char* file)
-{
-    QorShaderTexture* texture = QorShaderManager::GetShaderTexture(file);
-    if (!texture)
-        return;
-    if (texture->GetID() != 0) {
-        DeleteDLTexture(texture->GetID());
-        texture->SetID(0);
-    }
-    if (texture->IsStoredInManager())
-        texture->SaveBufferForDrawing();
 }
 
 } // namespace
@@ -88,14 +74,14 @@ QorShaderParameters::~QorShaderParameters()
     for (m_walkCursor = 0; m_walkCursor < static_cast<int>(m_values.size()); ++m_walkCursor) {
         QorIShaderValue* value = m_values[static_cast<size_t>(m_walkCursor)];
         if (QorShaderValueString* texture = QorShaderValueString::FromValue(value))
-            QorShaderValueString::HandBackTexture(texture->GetFile());
+            QorShaderTextureBookkeeping::HandBack(texture->GetFile());
         delete value;
     }
     QorShaderValueList().swap(m_values);
     m_walkCursor = 0;
     for (std::unique_ptr<QorShaderValueString>* slot : {&m_firstTexture, &m_thirdTexture, &m_secondTexture})
         if (*slot) {
-            QorShaderValueString::HandBackTexture((*slot)->GetFile());
+            QorShaderTextureBookkeeping::HandBack((*slot)->GetFile());
             slot->reset();
         }
     for (InterfaceEntry& entry : m_interfaces)
@@ -123,17 +109,17 @@ QorIShaderValue* QorShaderParameters::CopyValue(QorIShaderValue* value)
     int type = 0;
     value->GetType(&type);
     switch (type) {
-    case 1:
+    case QorValueFloat:
         return new (std::nothrow) QorShaderValueFloat(static_cast<const QorShaderValueFloat&>(*value));
-    case 2:
-    case 5:
-    case 6:
+    case QorValueColor4:
+    case QorValueColor2:
+    case QorValueColor3:
         return new (std::nothrow) QorShaderValueColor(static_cast<const QorShaderValueColor&>(*value));
-    case 4: {
+    case QorValueTexture: {
         auto* copy = new (std::nothrow) QorShaderValueString(static_cast<const QorShaderValueString&>(*value));
         // The copy holds its own reference of the texture.
         if (copy)
-            QorShaderManager::AddShaderTexture(copy->GetFile());
+            QorShaderTextureBookkeeping::Take(copy->GetFile());
         return copy;
     }
     default:
@@ -196,7 +182,7 @@ QorIShaderValue* QorShaderParameters::GetValue(int position)
 int QorShaderParameters::GetParameterType(int index)
 {
     if (index == 0)
-        return 1;
+        return QorValueFloat; // the technique
     if (index > m_nameCount)
         return 0;
     QorIShaderValue* value = ValueAt(index);
@@ -221,7 +207,7 @@ int QorShaderParameters::SetColorValue(int index, const float* rgba)
 
 int QorShaderParameters::SetFloatValue(int index, float value)
 {
-    QorIShaderValue* floatValue = TypedValueAt(index, 1);
+    QorIShaderValue* floatValue = TypedValueAt(index, QorValueFloat);
     if (!floatValue)
         return -1;
     floatValue->SetFloat(value);
@@ -249,7 +235,7 @@ int QorShaderParameters::ReadValue(int index, void* out, int onlyIfModified, int
 
 int QorShaderParameters::GetFloatValue(int index, float* out, int onlyIfModified)
 {
-    return ReadValue(index, out, onlyIfModified, 1);
+    return ReadValue(index, out, onlyIfModified, QorValueFloat);
 }
 
 int QorShaderParameters::GetColorValue(int index, float* out, int onlyIfModified)
@@ -259,7 +245,7 @@ int QorShaderParameters::GetColorValue(int index, float* out, int onlyIfModified
 
 int QorShaderParameters::GetTextureValue(int index, char** out, int onlyIfModified)
 {
-    return ReadValue(index, out, onlyIfModified, 4);
+    return ReadValue(index, out, onlyIfModified, QorValueTexture);
 }
 
 int QorShaderParameters::GetParameterHandle(int index)
@@ -289,32 +275,14 @@ const QorShaderValueList* QorShaderParameters::GetValueList()
 void QorShaderParameters::ChangeTexture(QorShaderValueString& value, const char* file, int reload,
                                         TextureChange change)
 {
-    const char* current = value.GetFile();
-    if (current) {
-        const bool same = file && SameName(current, file);
-        if (reload && change == TextureChange::FirstExtra) {
-            // The registered record forgets its copy of the name before the reference goes
-            // back, so the hand-back can never leave it reading freed memory; without a
-            // registered record there is nothing to forget or hand back.
-            if (QorShaderTexture* texture = QorShaderManager::GetShaderTexture(current)) {
-                texture->ForgetName();
-                QorShaderManager::AddShaderTextureToDestroyList(texture);
-            }
-        } else if (reload && same) {
-            ReloadTexture(current);
-            if (change == TextureChange::Member)
-                value.SetLoadState(0);
-            return;
-        } else if (same) {
-            return;
-        } else {
-            QorShaderValueString::HandBackTexture(current);
-        }
-    }
-    // The reference taken here belongs to the value from now on.
-    if (file)
-        QorShaderManager::AddShaderTexture(file);
-    value.SetString(file);
+    using namespace QorShaderTextureBookkeeping;
+    const Outcome outcome = QorShaderTextureBookkeeping::ChangeTexture(
+        value.GetFile(), file, reload, change == TextureChange::FirstExtra ? Holder::DefaultTexture : Holder::Value);
+    if (outcome == Outcome::Keep)
+        return;
+    // The reference the registry took belongs to the value from now on.
+    if (outcome == Outcome::Take)
+        value.SetString(file);
     if (change == TextureChange::Member)
         value.SetLoadState(0);
 }
@@ -408,8 +376,8 @@ void QorShaderParameters::AddTextureParameter(CGparameter parameter, const char*
     auto* value = new (std::nothrow) QorShaderValueString(parameter, file);
     AddParameterValue(parameter, value);
     // Registered only for a value that exists to hold the reference.
-    if (value && file)
-        QorShaderManager::AddShaderTexture(file);
+    if (value)
+        QorShaderTextureBookkeeping::Take(file);
 }
 
 int QorShaderParameters::AddParameterName(const char* name)

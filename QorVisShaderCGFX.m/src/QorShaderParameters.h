@@ -11,6 +11,7 @@
 #include "QorVisShaders/QorIShaderParameters.h"
 
 #include "QorSystem/QorString.h"
+#include "QorVisShaderShared/QorShaderValueRecords.h"
 
 #include <Cg/cg.h>
 
@@ -19,7 +20,6 @@
 #include <vector>
 
 class QorShaderValueString;
-class QorTexturePixelImage;
 
 class QorShaderParameters final : public QorIShaderParameters
 {
@@ -119,7 +119,7 @@ private:
     void AddParameterValue(CGparameter parameter, QorIShaderValue* value);
     void FreeNames();
 
-    /// The texture-change algorithms: steps 1 to 4 on one texture value.
+    /// Changes one texture value's file name, keeping the texture registry in step.
     static void ChangeTexture(QorShaderValueString& value, const char* file, int reload, TextureChange change);
     /// The member variant: 0 unless `value` is a texture value, else 1.
     static int ChangeMemberTexture(QorIShaderValue* value, const char* file, int reload);
@@ -137,17 +137,8 @@ private:
     static QorIShaderValue* CopyValue(QorIShaderValue* value);
     static QorShaderInterfaceRecord* CopyRecord(const QorShaderInterfaceRecord* record);
 
-    // The stream of one texture value: its image goes through the stream's container and
-    // comes back as a file under "QorTemp"\ZPKResources or a generated pixel image.
-    static void StreamTexture(QorStreamer& streamer, QorShaderValueString& value);
-    void UnStreamTexture(QorStreamer& streamer);
-    static QorTexturePixelImage* AdoptStreamedImage(QorStreamer& streamer, QorTexturePixelImage* image);
-    static void CacheStreamedImage(QorShaderValueString& value, QorTexturePixelImage& image);
-    static void CopyIntoGeneratedImage(QorTexturePixelImage& image);
-    /// Reads the names; false (names kept) when the count or a string is unreadable.
-    bool UnStreamNames(QorStreamer& streamer);
-    /// Reads one value record of a known type; false when the stream ran out.
-    bool UnStreamValue(QorStreamer& streamer, int type);
+    /// Takes the names read from a stream in place of the set's own.
+    void ReplaceNames(std::vector<QorShaderValueRecords::Name>& names);
 
     QorShaderValueList m_values; // owned values, in the order the effect found them
     int m_walkCursor = 0;        // the destructor's position in m_values

@@ -7,7 +7,8 @@
 #include "QorShaderValueFloat.h"
 #include "QorShaderValueString.h"
 
-#include "QorVisShaders/QorShaderManager.h"
+#include "QorCgTypes.h"
+#include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
 
 #include "QorSystem/QorStrings.h"
 
@@ -16,11 +17,6 @@
 #include <new>
 
 namespace {
-
-bool IsTextureType(CGtype type)
-{
-    return (type >= CG_SAMPLER1D && type <= CG_SAMPLERCUBE) || type == CG_STRING || type == CG_SAMPLER2DMS;
-}
 
 // A structure instance's members are named "<instance>$.<member>". A member of a
 // structure declared in the effect ("light.color") has no "$.": its own name after the
@@ -49,12 +45,12 @@ QorIShaderValue* MakeMemberValue(CGparameter member)
         cgGetParameterDefaultValuefc(member, count, values);
         return new (std::nothrow) QorShaderValueColor(member, values, count);
     }
-    if (IsTextureType(type)) {
+    if (QorIsCgTextureType(type)) {
         const char* file = QorShaderParameters::GetTextureFileAnnotation(member);
         auto* value = new (std::nothrow) QorShaderValueString(member, file);
         // The member holds this reference; the record hands it back when it goes.
-        if (value && file)
-            QorShaderManager::AddShaderTexture(file);
+        if (value)
+            QorShaderTextureBookkeeping::Take(file);
         return value;
     }
     return nullptr;

@@ -1,5 +1,7 @@
 #include "QorShaderValueColor.h"
 
+#include "QorVisShaders/QorShaderValueType.h"
+
 #include <algorithm>
 
 namespace {
@@ -34,7 +36,7 @@ void QorShaderValueColor::GetType(int* type)
 {
     if (!type)
         return;
-    *type = m_count == 2 ? 5 : m_count == 3 ? 6 : 2;
+    *type = QorColorTypeOf(m_count);
 }
 
 int QorShaderValueColor::GetFloat(float*)

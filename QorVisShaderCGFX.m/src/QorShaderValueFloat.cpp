@@ -1,5 +1,7 @@
 #include "QorShaderValueFloat.h"
 
+#include "QorVisShaders/QorShaderValueType.h"
+
 namespace {
 
 const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderValueFloat";
@@ -9,7 +11,7 @@ const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderValueFloat";
 void QorShaderValueFloat::GetType(int* type)
 {
     if (type)
-        *type = 1;
+        *type = QorValueFloat;
 }
 
 int QorShaderValueFloat::GetFloat(float* value)

@@ -1,6 +1,6 @@
 #include "QorShaderValueString.h"
 
-#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include "QorSystem/QorStrings.h"
 
@@ -35,7 +35,7 @@ QorShaderValueString::~QorShaderValueString()
 void QorShaderValueString::GetType(int* type)
 {
     if (type)
-        *type = 4;
+        *type = QorValueTexture;
 }
 
 int QorShaderValueString::GetFloat(float*)
@@ -88,11 +88,5 @@ QorShaderValueString* QorShaderValueString::FromValue(QorIShaderValue* value)
         return nullptr;
     int type = 0;
     value->GetType(&type);
-    return type == 4 ? dynamic_cast<QorShaderValueString*>(value) : nullptr;
-}
-
-void QorShaderValueString::HandBackTexture(const char* file)
-{
-    if (file)
-        QorShaderManager::AddShaderTextureToDestroyList(QorShaderManager::GetShaderTexture(file));
+    return type == QorValueTexture ? dynamic_cast<QorShaderValueString*>(value) : nullptr;
 }

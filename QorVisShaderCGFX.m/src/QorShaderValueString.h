@@ -36,9 +36,6 @@ public:
 
     /// The texture value behind `value`, or null when it is null or not of type 4.
     static QorShaderValueString* FromValue(QorIShaderValue* value);
-    /// Hands the caller's reference of the texture registered under `file` back to the
-    /// registry's destroy list; nothing for a null or unregistered name.
-    static void HandBackTexture(const char* file);
 
 private:
     int m_loadState = 0;

@@ -1,14 +1,13 @@
 #include "QorVisShaders/QorShaderManager.h"
 
-#include "CgFXShader.h"
-#include "QorVisShaders/QorShaderEffect.h"
+// The manager reaches each implementation through its factory header only.
+#include "QorVisShaderCGFX/QorCgFXFactory.h"
+
 #include "QorSystem/QorEnvironment.h"
 #include "QorVisFoundation/QorQRFX0Factory.h"
 #include "QorVisFoundation/QorVisBaseEnv.h"
 
-#include <cstdio>
 #include <cstring>
-#include <new>
 
 QorFxImplementation QorShaderManager::s_ShaderVersion = QorFxUndecided;
 
@@ -36,7 +35,7 @@ QorIShader* QorShaderManager::CreateShader()
 {
     switch (GetShaderVersion()) {
     case QorFxCgFX:
-        return new (std::nothrow) CgFXShader();
+        return QorCreateCgFXShader();
     case QorFxQRFX0:
         return CreateQRFX0Effect();
     default:
@@ -49,7 +48,7 @@ QorIShaderEffect* QorShaderManager::CreateShaderEffect()
 {
     switch (GetShaderVersion()) {
     case QorFxCgFX:
-        return QorShaderEffect::AddShaderEffect(nullptr);
+        return QorCreateCgFXEffect();
     case QorFxQRFX0:
         // On the host's newer path effects are not made by this library.
         return nullptr;
@@ -57,28 +56,6 @@ QorIShaderEffect* QorShaderManager::CreateShaderEffect()
         // GLSL effects have no effect object in this build yet; callers test for null.
         return nullptr;
     }
-}
-
-QorUnicodeString QorShaderManager::ShaderParamRetrieveTextureExtension(const QorUnicodeString& fileName)
-{
-    QorUnicodeString extension;
-    const int lastDot = fileName.ReverseFind('.');
-    if (lastDot >= 0) {
-        extension = fileName.Mid(lastDot + 1);
-        int number = 0;
-        // A numbered copy ("wood.tif.2") takes the word before the number.
-        if (std::sscanf(extension.c_str(), "%d", &number) == 1 && lastDot > 0) {
-            const int previousDot = fileName.ReverseFind('.', lastDot - 1);
-            if (previousDot >= 0)
-                extension = fileName.Mid(previousDot + 1, lastDot - previousDot - 1);
-        }
-    }
-    extension.MakeUpper();
-    if (extension == QorUnicodeString("JPG"))
-        return QorUnicodeString("JPEG");
-    if (extension == QorUnicodeString("TIF"))
-        return QorUnicodeString("TIFF");
-    return extension;
 }
 
 void QorShaderManager::Init_Light_Properties(_LightsParameters& lights)

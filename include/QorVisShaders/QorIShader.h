@@ -5,6 +5,8 @@
 /// Objects come from QorShaderManager::CreateShader() and end with Destroy() or delete.
 #pragma once
 
+#include "QorVisShaders/QorVisShadersExport.h"
+
 #include "QorSystem/QorString.h"
 #include "QorVisShaders/QorFxImplementation.h"
 
@@ -12,7 +14,7 @@ class QorIShaderEffect;
 class QorIShaderParameters;
 class QorStreamer;
 
-class QorIShader
+class QOR_VISSHADERS_API QorIShader
 {
 public:
     /// A new shader sharing this one's effect, with its own copy of the values; owned by the caller.

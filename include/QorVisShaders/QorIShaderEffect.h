@@ -4,6 +4,8 @@
 /// holder, Release from 1 destroys it. Never delete an effect directly.
 #pragma once
 
+#include "QorVisShaders/QorVisShadersExport.h"
+
 #include "QorMath/Qor4x4Matrix.h"
 #include "QorSystem/QorString.h"
 #include "QorVisShaders/QorFxImplementation.h"
@@ -12,7 +14,7 @@
 class QorIShaderParameters;
 class QorStreamer;
 
-class QorIShaderEffect
+class QOR_VISSHADERS_API QorIShaderEffect
 {
 public:
     virtual unsigned int AddRef() = 0;

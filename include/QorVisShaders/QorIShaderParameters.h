@@ -5,6 +5,8 @@
 /// Bad indexes answer -1, 0 or null as each operation says; nothing throws.
 #pragma once
 
+#include "QorVisShaders/QorVisShadersExport.h"
+
 #include <vector>
 
 class QorIShaderValue;
@@ -13,7 +15,7 @@ class QorStreamer;
 
 using QorShaderValueList = std::vector<QorIShaderValue*>;
 
-class QorIShaderParameters
+class QOR_VISSHADERS_API QorIShaderParameters
 {
 public:
     virtual ~QorIShaderParameters() = default;

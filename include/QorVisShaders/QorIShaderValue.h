@@ -6,9 +6,13 @@
 /// "Should not happen" and does nothing.
 #pragma once
 
-#include <Cg/cg.h>
+#include "QorVisShaders/QorVisShadersExport.h"
 
-class QorIShaderValue
+// The Cg handle type, declared as the Cg headers declare it, so that users of the
+// interfaces need no Cg headers.
+typedef struct _CGparameter* CGparameter;
+
+class QOR_VISSHADERS_API QorIShaderValue
 {
 public:
     virtual ~QorIShaderValue() = default;

@@ -5,7 +5,10 @@
 /// reference-counted and destroyed by the last Release. Use from the rendering thread.
 #pragma once
 
+#include "QorVisShaders/QorVisShadersExport.h"
+
 #include "QorSystem/QorString.h"
+#include "QorVisShaders/QorCgHolder.h"
 #include "QorSystem/QorUnicodeString.h"
 #include "QorVisShaders/QorIShaderEffect.h"
 
@@ -72,7 +75,7 @@ enum QorEffectMaterial
     QorEffectMaterialCount
 };
 
-class QorShaderEffect : public QorIShaderEffect
+class QOR_VISSHADERS_API QorShaderEffect : public QorIShaderEffect
 {
 public:
     unsigned int AddRef() override;
@@ -142,7 +145,7 @@ public:
 
     // What binding found, for the renderer's drawing code.
     CGeffect GetCgEffect() const { return m_effect; }
-    CGcontext GetCgContext() const { return m_context; }
+    CGcontext GetCgContext() const { return m_context.Get(); }
     CGtechnique GetCurrentTechnique() const { return m_technique; }
     CGparameter GetMatrixParameter(QorEffectMatrix which) const { return m_matrices[which]; }
     CGparameter GetMaterialParameter(QorEffectMaterial which) const { return m_material[which]; }
@@ -152,6 +155,9 @@ public:
     EnvironmentState GetEnvironmentState() const { return m_environmentState; }
     CGparameter GetEnvironmentMember(int member) const { return m_environmentMembers[member]; }
     const QorUnicodeString& GetSource() const { return m_source; }
+    /// What the last compilation reported when it failed: the Cg runtime's message and
+    /// the compiler's listing, the text the error file receives; empty after a success.
+    const QorString& GetCompileErrors() const { return m_compileErrors; }
 
     QorShaderEffect(const QorShaderEffect&) = delete;
     QorShaderEffect& operator=(const QorShaderEffect&) = delete;
@@ -173,7 +179,7 @@ private:
     void bindEnvironment(CGparameter parameter);
     void destroyLightInstances();
     void buildLightSlot(int slot, unsigned int kind);
-    void writeErrorFile(const char* message, const char* listing) const;
+    void writeErrorFile(const char* message, const char* listing);
     int validateFromCurrentTechnique(bool fetchErrorText);
 
     QorIShaderParameters* m_interfaceParameters = nullptr; // not owned: the current shader's set
@@ -184,7 +190,7 @@ private:
     unsigned char m_bound = 0;
     CGtechnique m_technique = nullptr;  // borrowed from m_effect
     int m_techniqueIndex = 0;
-    CGcontext m_context = nullptr;      // owned; see m_retiredContexts
+    QorCgContextHolder m_context{nullptr}; // see m_retiredContexts
     CGeffect m_effect = nullptr;        // owned
     CGparameter m_matrices[QorEffectMatrixCount] = {};
     QorShaderInterface* m_environmentInterface = nullptr; // borrowed from m_interfaces
@@ -207,5 +213,6 @@ private:
     char* m_provider = nullptr;          // owned, array
     // Contexts of earlier compilations. Interfaces made then still point into them, so
     // they are destroyed with the effect rather than at recompilation.
-    std::vector<CGcontext> m_retiredContexts;
+    std::vector<QorCgContextHolder> m_retiredContexts;
+    QorString m_compileErrors;
 };

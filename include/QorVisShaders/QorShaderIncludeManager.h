@@ -4,13 +4,15 @@
 /// case-sensitive and matched exactly. One instance per process; use from one thread.
 #pragma once
 
+#include "QorVisShaders/QorVisShadersExport.h"
+
 #include "QorSystem/QorString.h"
 
 #include <map>
 #include <memory>
 #include <vector>
 
-class QorShaderIncludeManager
+class QOR_VISSHADERS_API QorShaderIncludeManager
 {
 public:
     static QorShaderIncludeManager& Instance();

@@ -5,6 +5,8 @@
 /// the renderer implements.
 #pragma once
 
+#include "QorVisShaders/QorVisShadersExport.h"
+
 #include "QorSystem/QorString.h"
 #include "QorSystem/QorUnicodeString.h"
 #include "QorVisShaders/QorFxImplementation.h"
@@ -26,7 +28,7 @@ struct _LightsParameters
     std::uint64_t lightProperties[5] = {};
 };
 
-class QorShaderManager
+class QOR_VISSHADERS_API QorShaderManager
 {
 public:
     /// The implementation of this process, decided at the first call: 3 when the host runs

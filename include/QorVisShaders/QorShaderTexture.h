@@ -3,7 +3,9 @@
 /// file share one record through QorShaderManager's registry, which counts its users.
 #pragma once
 
-class QorShaderTexture
+#include "QorVisShaders/QorVisShadersExport.h"
+
+class QOR_VISSHADERS_API QorShaderTexture
 {
 public:
     /// Keeps a private copy of the name; count 1. Records whether the host's resource

@@ -3,6 +3,8 @@
 /// textures.
 #pragma once
 
+#include "QorVisShaders/QorVisShadersExport.h"
+
 /// Reads an SGI image, verbatim or run-length encoded, into a buffer ready for
 /// glTexImage1D/2D with GL_RGBA and GL_UNSIGNED_BYTE. `fileName` is a framework path
 /// ("\" and "/" both work). The file is opened twice: once only to be closed again, then
@@ -29,4 +31,4 @@
 /// offset tables that the file is too short to hold; a run-length row whose start or size
 /// lies outside the file; a packet that would pass the end of its row or read past the
 /// row's encoded bytes. The magic number is not checked. Null output pointers are skipped.
-unsigned int* readTexture(const char* fileName, int* dimension, int* width, int* height, int* components);
+QOR_VISSHADERS_API unsigned int* readTexture(const char* fileName, int* dimension, int* width, int* height, int* components);

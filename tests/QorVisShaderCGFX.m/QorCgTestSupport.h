@@ -4,7 +4,7 @@
 /// context), and a guard that leaves the process-wide texture registry and image lists empty.
 #pragma once
 
-#include "QorCgHolder.h"
+#include "QorVisShaders/QorCgHolder.h"
 #include "QorShaderParameters.h"
 
 #include "QorVisShaders/QorShaderManager.h"

@@ -5,7 +5,7 @@
 #include "QorGL/QorGLContext.h"
 #include "QorTestSupport.h"
 #include "QorVisShaders/QorShaderEffect.h"
-#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaderCGFX/QorCgFXFactory.h"
 
 #include <Cg/cgGL.h>
 #include <GL/gl.h>
@@ -96,7 +96,7 @@ technique b { pass p { FragmentProgram = compile gp4fp main2(); } }
 
 TEST_F(QorShaderEffectGLTest, LitPlasticShowsItsDiffuseColourWhereTheLightHits)
 {
-    std::unique_ptr<QorIShader, void (*)(QorIShader*)> shader(QorShaderManager::CreateShader(),
+    std::unique_ptr<QorIShader, void (*)(QorIShader*)> shader(QorCreateCgFXShader(),
                                                               [](QorIShader* s) { s->Destroy(); });
     shader->SetFileName(QorString(Sample("materials/plastic.cgfx").c_str()));
     ASSERT_TRUE(shader->GenerateParameters());

@@ -3,7 +3,7 @@
 
 #include "QorGL/QorGLContext.h"
 
-#include "QorCgHolder.h"
+#include "QorVisShaders/QorCgHolder.h"
 #include "QorTestSupport.h"
 
 #include <Cg/cg.h>
@@ -27,27 +27,6 @@ Rgba PixelAt(const std::vector<unsigned char>& pixels, int width, int x, int yFr
     const std::size_t at = (static_cast<std::size_t>(yFromTop) * width + x) * 4;
     return {pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]};
 }
-
-/// Owns a Cg effect; must be declared after the context holder it was made in.
-class CgEffectHolder
-{
-public:
-    explicit CgEffectHolder(CGeffect effect) : m_effect(effect) {}
-    ~CgEffectHolder()
-    {
-        if (m_effect)
-            cgDestroyEffect(m_effect);
-    }
-    CgEffectHolder(CgEffectHolder&& other) noexcept : m_effect(std::exchange(other.m_effect, nullptr)) {}
-    CgEffectHolder& operator=(CgEffectHolder&&) = delete;
-    CgEffectHolder(const CgEffectHolder&) = delete;
-    CgEffectHolder& operator=(const CgEffectHolder&) = delete;
-
-    CGeffect Get() const { return m_effect; }
-
-private:
-    CGeffect m_effect;
-};
 
 // One pass that transforms by a WORLDVIEWPROJECTION matrix and paints a flat colour;
 // `latest` lets the runtime pick the best profiles the GL context offers.
@@ -179,7 +158,7 @@ TEST(QorGLContextGLTest, CgFxEffectDrawsIntoTheFramebuffer)
     EXPECT_TRUE(cgGLIsProfileSupported(vertexProfile)) << cgGetProfileString(vertexProfile);
     EXPECT_TRUE(cgGLIsProfileSupported(fragmentProfile)) << cgGetProfileString(fragmentProfile);
 
-    CgEffectHolder effect(cgCreateEffect(cg.Get(), kFlatColourEffect, nullptr));
+    QorCgEffectHolder effect(cgCreateEffect(cg.Get(), kFlatColourEffect, nullptr));
     ASSERT_NE(effect.Get(), nullptr) << CgFailure(cg.Get());
     const CGtechnique technique = cgGetFirstTechnique(effect.Get());
     ASSERT_NE(technique, nullptr);

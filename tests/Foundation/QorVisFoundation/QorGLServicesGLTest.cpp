@@ -1,6 +1,6 @@
 #include "QorVisFoundation/QorGLServices.h"
 
-#include "QorCgHolder.h"
+#include "QorVisShaders/QorCgHolder.h"
 #include "QorGL/QorGLContext.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 /// @file
-/// Move-only owners of Cg objects for tests: the destructor destroys a non-null handle.
-/// Declare a context holder before the effects made in it, so it is destroyed last.
+/// Move-only owners of Cg objects: the destructor destroys a non-null handle, a move
+/// leaves the source empty. Declare a context holder before the effects made in it, so
+/// it is destroyed last.
 #pragma once
 
 #include <Cg/cg.h>
@@ -26,6 +27,7 @@ public:
         return *this;
     }
     Handle Get() const { return m_handle; }
+    explicit operator bool() const { return m_handle != nullptr; }
 
 private:
     void Reset()

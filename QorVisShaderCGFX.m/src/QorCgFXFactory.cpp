@@ -1,0 +1,17 @@
+#include "QorVisShaderCGFX/QorCgFXFactory.h"
+
+#include "CgFXShader.h"
+
+#include "QorVisShaders/QorShaderEffect.h"
+
+#include <new>
+
+QorIShader* QorCreateCgFXShader()
+{
+    return new (std::nothrow) CgFXShader();
+}
+
+QorIShaderEffect* QorCreateCgFXEffect()
+{
+    return QorShaderEffect::AddShaderEffect(nullptr);
+}
