@@ -2,56 +2,34 @@
 
 #include "QorfxMaterial.h"
 
+#include "QorVisShaders/QorShaderValueType.h"
+
 #include <cstdio>
 
 using nlohmann::json;
 
 namespace {
 
-const char* StringAnnotation(CGparameter parameter, const char* first, const char* second)
-{
-    for (const char* name : {first, second})
-        if (const CGannotation annotation = cgGetNamedParameterAnnotation(parameter, name))
-            if (const char* value = cgGetStringAnnotationValue(annotation))
-                return value;
-    return nullptr;
-}
-
 json ValueOf(QorIShader& shader, int index, int type)
 {
-    if (type == 1) {
+    if (type == QorValueFloat) {
         float value = 0;
         shader.GetParameterFloat(index, &value);
         return value;
     }
-    if (type == 4) {
+    if (type == QorValueTexture) {
         char file[QorMaxParameterStringLength] = {};
         shader.GetParameterString(index, file);
         return file[0] ? json(file) : json(nullptr);
     }
     float rgba[4] = {};
     shader.GetParameterColor(index, &rgba[0], &rgba[1], &rgba[2], &rgba[3]);
-    const int components = type == 5 ? 2 : type == 6 ? 3 : 4;
-    return json(std::vector<float>(rgba, rgba + components));
-}
-
-json Techniques(QorShaderEffect& effect, bool validate)
-{
-    json techniques = json::array();
-    int index = 0;
-    for (CGtechnique technique = cgGetFirstTechnique(effect.GetCgEffect()); technique;
-         technique = cgGetNextTechnique(technique), ++index) {
-        json entry = {{"index", index}, {"name", cgGetTechniqueName(technique)}};
-        entry["valid"] = validate ? json(cgValidateTechnique(technique) == CG_TRUE) : json(nullptr);
-        techniques.push_back(entry);
-    }
-    return techniques;
+    return json(std::vector<float>(rgba, rgba + QorColorComponentCount(type)));
 }
 
 json Parameters(QorfxMaterial& material)
 {
     QorIShader& shader = material.Shader();
-    QorShaderEffect& effect = material.Effect();
     json parameters = json::array();
     for (int index = 1; index < shader.GetNbParameters(); ++index) {
         const int type = shader.GetParameterType(index);
@@ -63,44 +41,10 @@ json Parameters(QorfxMaterial& material)
             entry["max"] = max;
             entry["step"] = step;
         }
-        const CGparameter parameter = effect.GetUserParameter(index);
-        const char* widget = StringAnnotation(parameter, "UIWidget", "UIwidget");
-        const char* uiName = StringAnnotation(parameter, "UIName", "UIname");
-        entry["widget"] = widget ? json(widget) : json(nullptr);
-        entry["uiName"] = uiName ? json(uiName) : json(nullptr);
+        material.Backend().DescribeParameter(index, entry);
         parameters.push_back(entry);
     }
     return parameters;
-}
-
-void AddBound(json& semantics, CGparameter parameter)
-{
-    if (parameter)
-        semantics.push_back({{"parameter", cgGetParameterName(parameter)},
-                             {"semantic", cgGetParameterSemantic(parameter)}});
-}
-
-json Semantics(QorShaderEffect& effect)
-{
-    json semantics = json::array();
-    for (int which = 0; which < QorEffectMatrixCount; ++which)
-        AddBound(semantics, effect.GetMatrixParameter(static_cast<QorEffectMatrix>(which)));
-    for (int which = 0; which < QorEffectMaterialCount; ++which)
-        AddBound(semantics, effect.GetMaterialParameter(static_cast<QorEffectMaterial>(which)));
-    return semantics;
-}
-
-json Interfaces(QorShaderEffect& effect)
-{
-    json interfaces = json::array();
-    for (const auto& entry : effect.GetInterfaces()) {
-        const char* name = entry.first.c_str();
-        const char* dynamic = effect.GetDynamicType(name);
-        interfaces.push_back({{"name", name},
-                              {"base", effect.GetBaseType(name) ? effect.GetBaseType(name) : ""},
-                              {"dynamic", dynamic ? json(dynamic) : json(nullptr)}});
-    }
-    return interfaces;
 }
 
 std::string Text(const json& value)
@@ -124,18 +68,15 @@ std::string Text(const json& value)
 
 json QorfxDescribe(QorfxMaterial& material, bool validate)
 {
-    QorShaderEffect& effect = material.Effect();
-    int current = 0;
-    effect.getTechnique(&current);
-    return {{"effect", material.Name()},
-            {"currentTechnique", current},
-            {"techniques", Techniques(effect, validate)},
-            {"parameters", Parameters(material)},
-            {"semantics", Semantics(effect)},
-            {"interfaces", Interfaces(effect)},
-            {"environment", effect.GetEnvironmentState()},
-            {"lights", effect.GetLightCount()},
-            {"hasLightArray", cgGetNamedEffectParameter(effect.GetCgEffect(), "lights") != nullptr}};
+    // The technique the shader answers at index 0.
+    float current = 0;
+    material.Shader().GetParameterFloat(0, &current);
+    json description = {{"effect", material.Name()},
+                        {"currentTechnique", static_cast<int>(current)},
+                        {"techniques", material.Backend().Techniques(validate)},
+                        {"parameters", Parameters(material)}};
+    material.Backend().DescribeEffect(description);
+    return description;
 }
 
 void QorfxPrintDescription(const json& description)

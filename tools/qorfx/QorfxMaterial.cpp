@@ -5,6 +5,7 @@
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
 #include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -48,14 +49,6 @@ void QorfxAddSearchFolders(const std::string& effectPath)
 
 namespace {
 
-std::string ReadText(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 // A folder of the tool's own, removed with everything in it when the process ends.
 struct PrivateTemp
 {
@@ -68,19 +61,18 @@ struct PrivateTemp
     std::string path;
 };
 
-// The error file (and the package texture cache) go to "QorTemp"; give the library a
-// private one when none is set.
-fs::path ErrorFolder()
+// The error file and the package texture cache go to "QorTemp"; give the library a
+// private one when none is set, so the tool writes nothing into the user's folders.
+void EnsureTempFolder()
 {
-    if (const char* temp = QorGetEnv("QorTemp"))
-        return fs::path(QorNativePath(temp));
+    if (QorGetEnv("QorTemp"))
+        return;
     static PrivateTemp temp;
     std::string pattern = (fs::temp_directory_path() / "qorfx-XXXXXX").string();
     if (!mkdtemp(pattern.data()))
-        return {};
+        return;
     temp.path = pattern;
     QorSetEnv("QorTemp", pattern.c_str());
-    return pattern;
 }
 
 std::vector<float> ParseFloats(const std::string& text)
@@ -98,47 +90,41 @@ std::vector<float> ParseFloats(const std::string& text)
     return values;
 }
 
-} // namespace
-
-namespace {
-
-QorIShader* NewCgFXShader(const std::string& path, std::string& error)
+QorIShader* NewShader(const std::string& path, std::string& error)
 {
     QorIShader* shader = QorShaderManager::CreateShader();
-    if (shader && shader->GetImplementation() == QorFxCgFX)
-        return shader;
-    if (shader)
-        shader->Destroy();
-    error = path + ": this tool drives CgFX effects only (unset ShaderVersion)";
-    return nullptr;
+    if (!shader)
+        error = path + ": this process's effect implementation (ShaderVersion) makes no shader objects";
+    return shader;
 }
 
-// Runs `load` (which attaches an effect and generates the parameters) with the error file
-// reset and standard output silenced, and turns its outcome into the caller's messages.
-template <typename Load>
-bool Compile(const std::string& path, QorIShader& shader, std::string& error, std::string& compileErrors, Load load)
+} // namespace
+
+bool QorfxMaterial::Compile(const std::string& path, std::string& error, std::string& compileErrors,
+                            const std::function<bool()>& attach)
 {
-    const fs::path errorFolder = ErrorFolder();
-    std::error_code ignored;
-    fs::remove(errorFolder / "QorCGFX_Errors.txt", ignored);
+    EnsureTempFolder();
     bool generated = false;
     {
         QorfxStdoutSilencer silence;
-        generated = load();
+        generated = attach();
     }
-    if (!shader.HasEffect()) {
+    if (!m_shader->HasEffect()) {
         error = path + ": cannot read the file";
         return false;
     }
+    m_backend = QorfxMakeBackend(*m_shader);
+    if (!m_backend) {
+        error = path + ": this tool has no back end for the effect's implementation";
+        return false;
+    }
     if (!generated) {
-        compileErrors = ReadText(errorFolder / "QorCGFX_Errors.txt");
+        compileErrors = m_backend->CompileErrors();
         error = path + ": the effect does not compile";
         return false;
     }
     return true;
 }
-
-} // namespace
 
 std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, std::string& error,
                                                    std::string& compileErrors)
@@ -147,13 +133,13 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, std:
         error = path + ": cannot read the file";
         return nullptr;
     }
-    QorIShader* shader = NewCgFXShader(path, error);
+    QorIShader* shader = NewShader(path, error);
     if (!shader)
         return nullptr;
     auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
     material->m_folder = fs::absolute(fs::path(path)).parent_path().string() + "/";
     QorfxAddSearchFolders(path);
-    const bool compiled = Compile(path, *shader, error, compileErrors, [&] {
+    const bool compiled = material->Compile(path, error, compileErrors, [&] {
         shader->SetFileName(QorString(fs::absolute(fs::path(path)).string().c_str()));
         return shader->HasEffect() && shader->GenerateParameters();
     });
@@ -170,11 +156,11 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadPackage(const std::string& pat
         error = path + ": " + reason;
         return nullptr;
     }
-    QorIShader* shader = NewCgFXShader(path, error);
+    QorIShader* shader = NewShader(path, error);
     if (!shader)
         return nullptr;
     auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
-    const bool compiled = Compile(path, *shader, error, compileErrors, [&] {
+    const bool compiled = material->Compile(path, error, compileErrors, [&] {
         shader->UnStream(stream);
         return !stream.IsFailed() && shader->GetNbParameters() > 0;
     });
@@ -201,16 +187,16 @@ std::string QorfxMaterial::Set(const std::string& name, const std::string& value
     if (index < 1)
         return "no parameter \"" + name + "\" in " + m_name;
     const int type = m_shader->GetParameterType(index);
-    if (type == 4)
+    if (type == QorValueTexture)
         return m_shader->SetParameterString(index, value.c_str()) == 0 ? "" : "cannot set \"" + name + "\"";
     const std::vector<float> numbers = ParseFloats(value);
-    if (type == 1) {
+    if (type == QorValueFloat) {
         if (numbers.size() != 1)
             return "\"" + name + "\" takes one number, not \"" + value + "\"";
         m_shader->SetParameterFloat(index, numbers[0]);
         return "";
     }
-    const size_t components = type == 5 ? 2 : type == 6 ? 3 : 4;
+    const size_t components = static_cast<size_t>(QorColorComponentCount(type));
     if (numbers.size() < std::min<size_t>(components, 3) || numbers.size() > components)
         return "\"" + name + "\" takes " + std::to_string(components) + " numbers separated by commas, not \"" +
                value + "\"";

@@ -1,11 +1,13 @@
 /// @file
-/// A material loaded for the tool: a shader object over an effect file, with the
-/// compile errors the library wrote to its error file.
+/// A material loaded for the tool: a shader object over an effect file, with the back
+/// end of its implementation.
 #pragma once
 
-#include "QorVisShaders/QorIShader.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorfxBackend.h"
 
+#include "QorVisShaders/QorIShader.h"
+
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -29,7 +31,7 @@ public:
     QorfxMaterial& operator=(const QorfxMaterial&) = delete;
 
     QorIShader& Shader() { return *m_shader; }
-    QorShaderEffect& Effect() { return *static_cast<QorShaderEffect*>(m_shader->GetIShaderEffect()); }
+    QorfxBackend& Backend() { return *m_backend; }
     const std::string& Name() const { return m_name; }
     /// The folder of the effect file, with its separator; empty for un-streamed materials.
     const std::string& Folder() const { return m_folder; }
@@ -39,7 +41,13 @@ public:
     std::string Set(const std::string& name, const std::string& value);
 
 private:
+    /// Runs `attach` (which gives the shader its effect and generates the parameters)
+    /// and turns its outcome into the caller's messages.
+    bool Compile(const std::string& path, std::string& error, std::string& compileErrors,
+                 const std::function<bool()>& attach);
+
     QorIShader* m_shader; // owned; ends with Destroy()
+    std::unique_ptr<QorfxBackend> m_backend; // over m_shader's effect; set once the effect is there
     std::string m_name;
     std::string m_folder;
 };
@@ -48,8 +56,9 @@ private:
 /// to "QorGraphicPath" (includes live under "<folder>\shaders\").
 void QorfxAddSearchFolders(const std::string& effectPath);
 
-/// While alive, the process's standard output goes to /dev/null: the library prints the
-/// error file's path there, which must not mix with the tool's own output.
+/// While alive, the process's standard output goes to /dev/null: a failed compilation
+/// prints the error file's path there, which must not mix with the tool's own output
+/// (the errors themselves come from the back end).
 class QorfxStdoutSilencer
 {
 public:

@@ -7,8 +7,8 @@
 #include "QorGL/QorGLContext.h"
 #include "QorVisFoundation/QorTexturePixelImage.h"
 #include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderTypes.h"
 
-#include <Cg/cgGL.h>
 #include <GL/gl.h>
 
 #include <algorithm>
@@ -23,11 +23,6 @@ namespace {
 
 constexpr int kLabelScale = 2;
 constexpr int kLabelHeight = 7 * kLabelScale + 8;
-
-struct Camera
-{
-    Qor4x4Matrix world, view, projection;
-};
 
 void Report(const std::string& message)
 {
@@ -52,37 +47,6 @@ std::vector<float> Numbers(const std::string& text)
     }
 }
 
-void SetMatrix(QorShaderEffect& effect, QorEffectMatrix which, const Qor4x4Matrix& matrix)
-{
-    if (const CGparameter parameter = effect.GetMatrixParameter(which))
-        cgSetMatrixParameterfr(parameter, matrix.Data());
-}
-
-void SetMatrices(QorShaderEffect& effect, const Camera& camera)
-{
-    const Qor4x4Matrix worldView = camera.view * camera.world;
-    const Qor4x4Matrix worldInverse = QorfxInverse(camera.world);
-    const Qor4x4Matrix viewInverse = QorfxInverse(camera.view);
-    const Qor4x4Matrix worldViewInverse = QorfxInverse(worldView);
-    SetMatrix(effect, QorEffectWorld, camera.world);
-    SetMatrix(effect, QorEffectWorldInverse, worldInverse);
-    SetMatrix(effect, QorEffectWorldInverseTranspose, worldInverse.Transposed());
-    SetMatrix(effect, QorEffectView, camera.view);
-    SetMatrix(effect, QorEffectViewInverse, viewInverse);
-    SetMatrix(effect, QorEffectViewInverseTranspose, viewInverse.Transposed());
-    SetMatrix(effect, QorEffectProjection, camera.projection);
-    SetMatrix(effect, QorEffectWorldView, worldView);
-    SetMatrix(effect, QorEffectWorldViewInverse, worldViewInverse);
-    SetMatrix(effect, QorEffectWorldViewInverseTranspose, worldViewInverse.Transposed());
-    SetMatrix(effect, QorEffectWorldViewProjection, camera.projection * worldView);
-}
-
-void Set(CGparameter parameter, float x, float y, float z, float w = 1)
-{
-    if (parameter)
-        cgSetParameter4f(parameter, x, y, z, w);
-}
-
 // Light kinds from names, as the light configuration code: two bits per light.
 bool LightCode(const std::vector<std::string>& lights, unsigned int& code)
 {
@@ -100,55 +64,6 @@ bool LightCode(const std::vector<std::string>& lights, unsigned int& code)
         code |= value << (2 * i);
     }
     return true;
-}
-
-// Places each light around the object: a point light up right, a spot from above, a
-// directional light from the upper left, rotating further lights around the view axis.
-void SetLights(QorShaderEffect& effect)
-{
-    for (int slot = 0; slot < effect.GetLightCount(); ++slot) {
-        const QorShaderLight& light = effect.GetLight(slot);
-        const float angle = slot * 2.4f;
-        const float px = 2.5f * std::cos(angle + 0.6f), py = 2.5f * std::sin(angle + 0.6f) + 1.0f, pz = 3.0f;
-        const float length = std::sqrt(px * px + py * py + pz * pz);
-        Set(light.position, px, py, pz);
-        Set(light.direction, -px / length, -py / length, -pz / length, 0);
-        const float intensity = light.lightType == QorLightDirectional ? 0.6f : 0.9f;
-        Set(light.color, intensity, intensity, intensity);
-        Set(light.specularColor, 0.8f, 0.8f, 0.8f);
-        Set(light.ambient, 0, 0, 0);
-        if (light.axialFalloffConstant)
-            cgSetParameter1f(light.axialFalloffConstant, 1);
-        if (light.radialInnerCone)
-            cgSetParameter1f(light.radialInnerCone, 0.97f);
-        if (light.radialOuterCone)
-            cgSetParameter1f(light.radialOuterCone, 0.90f);
-        if (light.radialFalloffExponent)
-            cgSetParameter1f(light.radialFalloffExponent, 1);
-    }
-}
-
-std::string SetEnvironment(QorShaderEffect& effect, const std::string& environment, unsigned int& skyTexture)
-{
-    if (effect.GetEnvironmentState() == QorEnvironmentNone)
-        return "";
-    if (environment == "sky") {
-        if (!effect.updateEnvModel(QorEnvironmentCube))
-            return "the effect has no cube environment (\"SEnvCUBE\")";
-        if (!skyTexture)
-            skyTexture = QorfxMakeSkyCubeMap();
-        Set(effect.GetEnvironmentMember(0), 0.35f, 0.35f, 0.35f);
-        for (int member : {1, 2})
-            if (const CGparameter sampler = effect.GetEnvironmentMember(member))
-                cgGLSetTextureParameter(sampler, skyTexture);
-        return "";
-    }
-    const std::vector<float> rgb = Numbers(environment);
-    if (rgb.size() != 3)
-        return "--env takes r,g,b or \"sky\", not \"" + environment + "\"";
-    effect.updateEnvModel(QorEnvironmentColor);
-    Set(effect.GetEnvironmentMember(0), rgb[0], rgb[1], rgb[2]);
-    return "";
 }
 
 std::string ApplyOptions(QorfxMaterial& material, const QorfxRenderOptions& options)
@@ -173,11 +88,11 @@ std::string ApplyOptions(QorfxMaterial& material, const QorfxRenderOptions& opti
 }
 
 // Draws one material into the current framebuffer; an empty string on success.
-std::string DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& options, const Camera& camera,
+std::string DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& options, const QorfxView& view,
                          const std::vector<QorfxVertex>& mesh, unsigned int& skyTexture)
 {
     QorIShader& shader = material.Shader();
-    QorShaderEffect& effect = material.Effect();
+    QorfxBackend& backend = material.Backend();
     std::string problem = ApplyOptions(material, options);
     if (!problem.empty())
         return problem;
@@ -185,30 +100,20 @@ std::string DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& opti
     LightCode(options.lights, code);
     shader.UpdateLightModel(code);
     shader.SetCurrentParameters();
-    problem = SetEnvironment(effect, options.environment, skyTexture);
+    if (view.environment.empty() && !skyTexture)
+        skyTexture = QorfxMakeSkyCubeMap();
+    problem = backend.SetEnvironment(view, skyTexture);
     if (!problem.empty())
         return problem;
     problem = QorfxLoadTextures(material);
     if (!problem.empty())
         return problem;
-    cgGLSetManageTextureParameters(effect.GetCgContext(), CG_TRUE);
-    effect.ForceCompile();
-    if (!effect.ValidateTechnique())
+    backend.PrepareContext();
+    if (!backend.Validate())
         return "no technique of " + material.Name() + " runs on this GL driver";
-    SetLights(effect);
-    SetMatrices(effect, camera);
-    effect.UploadCurrentParameters(false);
-    for (int index = 1; index < shader.GetNbParameters(); ++index)
-        if (shader.GetParameterType(index) == 4)
-            cgSetSamplerState(effect.GetUserParameter(index));
-
     glClearColor(0.05f, 0.05f, 0.06f, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    for (CGpass pass = cgGetFirstPass(effect.GetCurrentTechnique()); pass; pass = cgGetNextPass(pass)) {
-        cgSetPassState(pass);
-        QorfxDrawMesh(mesh);
-        cgResetPassState(pass);
-    }
+    backend.Draw(view, mesh);
     glFinish();
     return "";
 }
@@ -260,12 +165,19 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
     for (size_t i = 3; i < pixels.size(); i += 4)
         pixels[i] = 255;
 
-    Camera camera;
-    camera.world = options.mesh == "quad" ? Qor4x4Matrix() : QorfxRotation(20, -30);
+    QorfxView view;
+    view.world = options.mesh == "quad" ? Qor4x4Matrix() : QorfxRotation(20, -30);
     const float eye[3] = {0, 0, 3.4f}, target[3] = {0, 0, 0}, up[3] = {0, 1, 0};
-    camera.view = QorfxLookAt(eye, target, up);
-    camera.projection =
+    view.view = QorfxLookAt(eye, target, up);
+    view.projection =
         QorfxPerspective(40, static_cast<float>(options.width) / static_cast<float>(options.height), 0.1f, 100);
+    if (options.environment != "sky") {
+        view.environment = Numbers(options.environment);
+        if (view.environment.size() != 3) {
+            Report("--env takes r,g,b or \"sky\", not \"" + options.environment + "\"");
+            return 2;
+        }
+    }
 
     unsigned int skyTexture = 0;
     int status = 0;
@@ -275,7 +187,7 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         std::string error, compileErrors;
         std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], error, compileErrors);
         if (material)
-            error = DrawMaterial(*material, options, camera, mesh, skyTexture);
+            error = DrawMaterial(*material, options, view, mesh, skyTexture);
         if (!error.empty()) {
             Report(error);
             if (!compileErrors.empty())
