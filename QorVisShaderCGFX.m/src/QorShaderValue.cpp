@@ -16,7 +16,42 @@ int QorShaderValue::GetParameterToken() const
     return static_cast<int>(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(m_parameter)));
 }
 
-void QorShaderValue::ReportShouldNotHappen(const char* source, int line)
+namespace {
+
+int ShouldNotHappen(const QorShaderValueGuards& guards, int line)
 {
-    CheckFailure__("Should not happen", source, line);
+    CheckFailure__("Should not happen", guards.source, line);
+    return 0;
+}
+
+} // namespace
+
+int QorShaderValue::GetFloat(float*)
+{
+    return ShouldNotHappen(m_guards, m_guards.getFloat);
+}
+
+int QorShaderValue::GetColor(float*)
+{
+    return ShouldNotHappen(m_guards, m_guards.getColor);
+}
+
+int QorShaderValue::GetString(char**)
+{
+    return ShouldNotHappen(m_guards, m_guards.getString);
+}
+
+void QorShaderValue::SetString(const char*)
+{
+    ShouldNotHappen(m_guards, m_guards.setString);
+}
+
+void QorShaderValue::SetColor(const float*)
+{
+    ShouldNotHappen(m_guards, m_guards.setColor);
+}
+
+void QorShaderValue::SetFloat(float)
+{
+    ShouldNotHappen(m_guards, m_guards.setFloat);
 }

@@ -7,11 +7,28 @@
 
 #include <Cg/cg.h>
 
+/// Where one kind of value reports an operation that does not fit it: the kind's source
+/// path and the fixed line of each such operation (0 for those the kind performs).
+struct QorShaderValueGuards
+{
+    const char* source;
+    int getFloat, getColor, getString, setString, setColor, setFloat;
+};
+
 class QorShaderValue : public QorIShaderValue
 {
 public:
     QorShaderValue& operator=(const QorShaderValue&) = delete;
     ~QorShaderValue() override;
+
+    // The typed operations a kind does not perform report "Should not happen" at the
+    // kind's place, change nothing and read as 0; each kind overrides its own.
+    int GetFloat(float* value) override;
+    int GetColor(float* values) override;
+    int GetString(char** file) override;
+    void SetString(const char* file) override;
+    void SetColor(const float* values) override;
+    void SetFloat(float value) override;
 
     /// Stores the handle; the same for every kind of value.
     void SetParameter(CGparameter parameter) final { m_parameter = parameter; }
@@ -28,14 +45,17 @@ public:
     void ResetModified() { m_modified = 0; }
 
 protected:
-    QorShaderValue() = default;
-    explicit QorShaderValue(CGparameter parameter) : m_parameter(parameter) {}
+    QorShaderValue(const QorShaderValueGuards& guards, CGparameter parameter)
+        : m_guards(guards), m_parameter(parameter)
+    {
+    }
     /// A copy counts as modified whatever the source's flag, and shares the handle.
-    QorShaderValue(const QorShaderValue& other) : QorIShaderValue(), m_parameter(other.m_parameter) {}
+    QorShaderValue(const QorShaderValue& other)
+        : QorIShaderValue(), m_guards(other.m_guards), m_parameter(other.m_parameter)
+    {
+    }
 
-    /// Reports an operation that does not fit the value's kind; the caller then returns.
-    static void ReportShouldNotHappen(const char* source, int line);
-
+    const QorShaderValueGuards& m_guards; // the kind's static table
     int m_modified = 1;
     // Borrowed: a parameter of the one shared effect. Copies of a set keep the same raw
     // handle on purpose, as they mirror the same parameter; it is never destroyed here.

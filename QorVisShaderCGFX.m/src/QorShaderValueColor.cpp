@@ -6,14 +6,14 @@
 
 namespace {
 
-const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderValueColor";
+const QorShaderValueGuards kGuards = {"QorVisShaderCGFX.m/src/QorShaderValueColor", 108, 0, 121, 89, 0, 82};
 
 } // namespace
 
-QorShaderValueColor::QorShaderValueColor(int count) : m_count(count) {}
+QorShaderValueColor::QorShaderValueColor(int count) : QorShaderValueColor(nullptr, nullptr, count) {}
 
 QorShaderValueColor::QorShaderValueColor(CGparameter parameter, const float* values, int count)
-    : QorShaderValue(parameter), m_count(count)
+    : QorShaderValue(kGuards, parameter), m_count(count)
 {
     if (values)
         std::copy(values, values + MovedCount(), m_components);
@@ -39,27 +39,10 @@ void QorShaderValueColor::GetType(int* type)
     *type = QorColorTypeOf(m_count);
 }
 
-int QorShaderValueColor::GetFloat(float*)
-{
-    ReportShouldNotHappen(kSource, 108);
-    return 0;
-}
-
 int QorShaderValueColor::GetColor(float* values)
 {
     Get(values);
     return m_modified;
-}
-
-int QorShaderValueColor::GetString(char**)
-{
-    ReportShouldNotHappen(kSource, 121);
-    return 0;
-}
-
-void QorShaderValueColor::SetString(const char*)
-{
-    ReportShouldNotHappen(kSource, 89);
 }
 
 void QorShaderValueColor::SetColor(const float* values)
@@ -68,11 +51,6 @@ void QorShaderValueColor::SetColor(const float* values)
         return;
     std::copy(values, values + MovedCount(), m_components);
     m_modified = 1;
-}
-
-void QorShaderValueColor::SetFloat(float)
-{
-    ReportShouldNotHappen(kSource, 82);
 }
 
 int QorShaderValueColor::Get(void* out)

@@ -12,16 +12,11 @@ public:
     /// Copies the first count floats (at most four) of `values`; null leaves them 0.
     QorShaderValueColor(CGparameter parameter, const float* values, int count);
     QorShaderValueColor(const QorShaderValueColor& other);
-    ~QorShaderValueColor() override = default;
 
     void GetType(int* type) override;
-    int GetFloat(float* value) override;
     int GetColor(float* values) override;
-    int GetString(char** file) override;
-    void SetString(const char* file) override;
     /// Copies component-count floats from `values`.
     void SetColor(const float* values) override;
-    void SetFloat(float value) override;
     /// Copies component-count floats into the float array `out`.
     int Get(void* out) override;
 

@@ -4,9 +4,14 @@
 
 namespace {
 
-const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderValueFloat";
+const QorShaderValueGuards kGuards = {"QorVisShaderCGFX.m/src/QorShaderValueFloat", 0, 84, 92, 60, 53, 0};
 
 } // namespace
+
+QorShaderValueFloat::QorShaderValueFloat(CGparameter parameter, float value)
+    : QorShaderValue(kGuards, parameter), m_value(value)
+{
+}
 
 void QorShaderValueFloat::GetType(int* type)
 {
@@ -18,28 +23,6 @@ int QorShaderValueFloat::GetFloat(float* value)
 {
     Get(value);
     return m_modified;
-}
-
-int QorShaderValueFloat::GetColor(float*)
-{
-    ReportShouldNotHappen(kSource, 84);
-    return 0;
-}
-
-int QorShaderValueFloat::GetString(char**)
-{
-    ReportShouldNotHappen(kSource, 92);
-    return 0;
-}
-
-void QorShaderValueFloat::SetString(const char*)
-{
-    ReportShouldNotHappen(kSource, 60);
-}
-
-void QorShaderValueFloat::SetColor(const float*)
-{
-    ReportShouldNotHappen(kSource, 53);
 }
 
 void QorShaderValueFloat::SetFloat(float value)

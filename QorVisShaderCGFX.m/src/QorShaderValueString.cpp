@@ -8,7 +8,7 @@
 
 namespace {
 
-const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderValueString";
+const QorShaderValueGuards kGuards = {"QorVisShaderCGFX.m/src/QorShaderValueString", 111, 118, 0, 0, 83, 76};
 
 char* CopyFile(const char* file)
 {
@@ -18,7 +18,7 @@ char* CopyFile(const char* file)
 } // namespace
 
 QorShaderValueString::QorShaderValueString(CGparameter parameter, const char* file)
-    : QorShaderValue(parameter), m_file(CopyFile(file))
+    : QorShaderValue(kGuards, parameter), m_file(CopyFile(file))
 {
 }
 
@@ -38,18 +38,6 @@ void QorShaderValueString::GetType(int* type)
         *type = QorValueTexture;
 }
 
-int QorShaderValueString::GetFloat(float*)
-{
-    ReportShouldNotHappen(kSource, 111);
-    return 0;
-}
-
-int QorShaderValueString::GetColor(float*)
-{
-    ReportShouldNotHappen(kSource, 118);
-    return 0;
-}
-
 int QorShaderValueString::GetString(char** file)
 {
     Get(file);
@@ -63,16 +51,6 @@ void QorShaderValueString::SetString(const char* file)
     std::free(m_file);
     m_file = copy;
     m_modified = 1;
-}
-
-void QorShaderValueString::SetColor(const float*)
-{
-    ReportShouldNotHappen(kSource, 83);
-}
-
-void QorShaderValueString::SetFloat(float)
-{
-    ReportShouldNotHappen(kSource, 76);
 }
 
 int QorShaderValueString::Get(void* out)

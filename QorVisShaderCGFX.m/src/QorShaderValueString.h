@@ -10,21 +10,17 @@
 class QorShaderValueString final : public QorShaderValue
 {
 public:
-    QorShaderValueString() = default;
+    QorShaderValueString() : QorShaderValueString(nullptr, nullptr) {}
     /// Keeps a copy of `file` (null stays null).
     QorShaderValueString(CGparameter parameter, const char* file);
     QorShaderValueString(const QorShaderValueString& other);
     ~QorShaderValueString() override;
 
     void GetType(int* type) override;
-    int GetFloat(float* value) override;
-    int GetColor(float* values) override;
     /// The value's own string, not a copy: freed by the next SetString.
     int GetString(char** file) override;
     /// Replaces the file with a copy of `file`; null clears it.
     void SetString(const char* file) override;
-    void SetColor(const float* values) override;
-    void SetFloat(float value) override;
     /// Stores the value's own file pointer at the char* `out`.
     int Get(void* out) override;
 

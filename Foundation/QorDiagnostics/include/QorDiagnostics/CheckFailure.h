@@ -1,6 +1,11 @@
 /// @file
 /// Programming-error reports of the framework: a message, the source path of the
 /// reporting class and a line. Reports never stop the caller.
+///
+/// The shader library's reports carry fixed source paths and line numbers (for example
+/// "QorVisShaderCGFX.m/src/QorShaderEffect", 178 for a missing in-memory include): each
+/// report keeps the place that renderers, their logs and their tests have always seen
+/// for it, so the numbers do not follow the lines of the file that makes the report.
 #pragma once
 
 #include <functional>
