@@ -1,7 +1,6 @@
 // Semantic binding, visibility and interfaces on small effects written for each case.
 #include "QorVisShaders/QorShaderEffect.h"
 
-#include "QorShaderInterface.h"
 #include "QorShaderParameters.h"
 #include "QorTestSupport.h"
 #include "QorVisShaders/QorShaderManager.h"
@@ -189,16 +188,6 @@ technique t { pass p { FragmentProgram = compile arbfp1 main2(); } }
     EXPECT_EQ(effect.AddInterface(shape, effect.GetCgContext(), effect.GetCgEffect(), shapeType, shapeType),
               nullptr);
     EXPECT_EQ(sink.Records()[2].line, 1622);
-
-    // Made directly with a structure type: the object exists, after a report.
-    const CGtype plainType = cgGetNamedUserType(effect.GetCgEffect(), "NotAnInterface");
-    QorShaderInterface wrong(shapes.Named("plainStruct"), effect.GetCgContext(), effect.GetCgEffect(), plainType);
-    EXPECT_EQ(sink.Records().back().source, "QorVisShaderCGFX.m/src/QorShaderInterface");
-    EXPECT_EQ(sink.Records().back().line, 40);
-    QorShaderInterface refused(shapes.Named("plainStruct"), effect.GetCgContext(), effect.GetCgEffect(), plainType,
-                               plainType);
-    EXPECT_EQ(sink.Records().back().line, 27);
-    EXPECT_EQ(refused.GetInstance(), nullptr);
 }
 
 TEST(QorShaderEffectBindingTest, EnvironmentNeedsItsTypesAndMatricesGoWhereTheyBelong)

@@ -45,50 +45,27 @@ protected:
 
 } // namespace
 
-TEST_F(QorShaderEffectCompileTest, EffectFilesFoundAlongTheSearchPaths)
+TEST_F(QorShaderEffectCompileTest, CompilesItsFileAndItsFileIncludesFromTheSearchPaths)
 {
-    QorTempDir first, second, graphicDir;
-    second.Write("materials/shaders/startup.cgfx", "technique fromStartup { pass p {} }");
-    graphicDir.Write("graphic.cgfx", "technique fromGraphic { pass p {} }");
-    graphicDir.Write("materials/shaders/startup.cgfx", "technique wrong { pass p {} }");
-    const std::string startupList = first.Path() + ";" + second.Path();
-    QorScopedEnv startupPath("QorStartupPath", startupList.c_str());
+    QorTempDir startupDir, graphicDir;
+    startupDir.Write("materials/shaders/startup.cgfx", "technique fromStartup { pass p {} }");
+    startupDir.Write("shaders/common.cgh", "float4 Common() { return float4(1, 0, 0, 1); }");
+    QorScopedEnv startupPath("QorStartupPath", startupDir.Path().c_str());
     QorScopedEnv graphicPath("QorGraphicPath", graphicDir.Path().c_str());
 
-    CompiledEffect startupEffect;
-    ASSERT_NE(startupEffect.FromFile("startup.cgfx"), nullptr);
-    EXPECT_STREQ(cgGetTechniqueName(startupEffect.effect->GetCurrentTechnique()), "fromStartup")
-        << "the startup folders come before the graphic path";
-    CompiledEffect graphicEffect;
-    ASSERT_NE(graphicEffect.FromFile("graphic.cgfx"), nullptr);
-    EXPECT_STREQ(cgGetTechniqueName(graphicEffect.effect->GetCurrentTechnique()), "fromGraphic");
+    CompiledEffect fromFile;
+    ASSERT_NE(fromFile.FromFile("startup.cgfx"), nullptr);
+    EXPECT_STREQ(cgGetTechniqueName(fromFile.effect->GetCurrentTechnique()), "fromStartup");
     CompiledEffect missing;
     EXPECT_EQ(missing.FromFile("nowhere.cgfx"), nullptr);
     EXPECT_EQ(missing.effect->Generated(), 0);
-}
 
-TEST_F(QorShaderEffectCompileTest, FileIncludesFromEachRouteAndBothSuffixes)
-{
-    QorTempDir startupDir, graphicDir;
-    startupDir.Write("shaders/common.cgh", "float4 Common() { return float4(1, 0, 0, 1); }");
-    graphicDir.Write("shaders/extra.hfx", "float4 Extra() { return float4(0, 1, 0, 1); }");
-    QorScopedEnv startupPath("QorStartupPath", startupDir.Path().c_str());
-    QorScopedEnv graphicPath("QorGraphicPath", graphicDir.Path().c_str());
-    CompiledEffect fromStartup;
-    EXPECT_NE(fromStartup.FromBuffer(kUsesCommon), nullptr) << "\"common.cgh\" under the startup folder";
-
-    CompiledEffect fromGraphic;
-    EXPECT_NE(fromGraphic.FromBuffer(R"(
-#include "extra.hfx"
-float4 main2() : COLOR { return Extra(); }
-technique t { pass p { FragmentProgram = compile arbfp1 main2(); } }
-)"),
-              nullptr);
-
+    CompiledEffect including;
+    EXPECT_NE(including.FromBuffer(kUsesCommon), nullptr) << "\"common.cgh\" under the startup folder";
     QorScopedEnv noStartup("QorStartupPath", nullptr);
     QorCapturingSink sink;
-    CompiledEffect missing;
-    EXPECT_EQ(missing.FromBuffer(kUsesCommon), nullptr);
+    CompiledEffect missingInclude;
+    EXPECT_EQ(missingInclude.FromBuffer(kUsesCommon), nullptr);
     ASSERT_FALSE(sink.Records().empty());
     EXPECT_EQ(sink.Records()[0].message, "Impossible to read shader file");
     EXPECT_EQ(sink.Records()[0].line, 162);

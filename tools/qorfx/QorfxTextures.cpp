@@ -7,6 +7,7 @@
 #include "QorVisFoundation/QorTexturePixelImage.h"
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderTexture.h"
+#include "QorVisShaders/QorShaderValueType.h"
 #include "QorVisShaders/QorTextureReader.h"
 
 #include <GL/gl.h>
@@ -89,35 +90,14 @@ unsigned int LoadImage(const std::string& path)
     }
 }
 
-} // namespace
-
-std::string QorfxLoadTextures(QorfxMaterial& material)
+// Runs `use` on each texture parameter that names a file, with the file's location (see
+// Locate); the first problem ends the walk.
+template <typename Use>
+std::string ForEachTextureFile(QorfxMaterial& material, Use use)
 {
     QorIShader& shader = material.Shader();
     for (int index = 1; index < shader.GetNbParameters(); ++index) {
-        if (shader.GetParameterType(index) != 4)
-            continue;
-        char file[QorMaxParameterStringLength] = {};
-        shader.GetParameterString(index, file);
-        QorShaderTexture* texture = QorShaderManager::GetShaderTexture(file);
-        if (!file[0] || !texture || texture->GetID() != 0)
-            continue;
-        const std::string path = Locate(file, material.Folder());
-        if (path.empty())
-            return std::string(file) + ": texture file not found (" + shader.GetParameterName(index) + ")";
-        const unsigned int id = IsSgi(path) ? LoadSgi(path) : LoadImage(path);
-        if (id == 0)
-            return path + ": cannot read the texture";
-        texture->SetID(id);
-    }
-    return "";
-}
-
-std::string QorfxResolveTextureFiles(QorfxMaterial& material)
-{
-    QorIShader& shader = material.Shader();
-    for (int index = 1; index < shader.GetNbParameters(); ++index) {
-        if (shader.GetParameterType(index) != 4)
+        if (shader.GetParameterType(index) != QorValueTexture)
             continue;
         char file[QorMaxParameterStringLength] = {};
         shader.GetParameterString(index, file);
@@ -126,9 +106,35 @@ std::string QorfxResolveTextureFiles(QorfxMaterial& material)
         const std::string path = Locate(file, material.Folder());
         if (path.empty())
             return std::string(file) + ": texture file not found (" + shader.GetParameterName(index) + ")";
-        shader.SetParameterString(index, fs::absolute(path).string().c_str());
+        const std::string problem = use(index, file, path);
+        if (!problem.empty())
+            return problem;
     }
     return "";
+}
+
+} // namespace
+
+std::string QorfxLoadTextures(QorfxMaterial& material)
+{
+    return ForEachTextureFile(material, [](int, const char* file, const std::string& path) -> std::string {
+        QorShaderTexture* texture = QorShaderManager::GetShaderTexture(file);
+        if (!texture || texture->GetID() != 0)
+            return "";
+        const unsigned int id = IsSgi(path) ? LoadSgi(path) : LoadImage(path);
+        if (id == 0)
+            return path + ": cannot read the texture";
+        texture->SetID(id);
+        return "";
+    });
+}
+
+std::string QorfxResolveTextureFiles(QorfxMaterial& material)
+{
+    return ForEachTextureFile(material, [&material](int index, const char*, const std::string& path) {
+        material.Shader().SetParameterString(index, fs::absolute(path).string().c_str());
+        return std::string();
+    });
 }
 
 unsigned int QorfxMakeSkyCubeMap()
