@@ -66,37 +66,67 @@ TEST(QorfxTest, InspectJsonDescribesEachSample)
     EXPECT_NE(text.out.find("Bands"), std::string::npos);
 }
 
-TEST(QorfxTest, BadInputGetsOneLineAndAnExitCode)
+TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
 {
     QorTempDir dir;
     const std::string out = dir.File("out.png");
-
-    QorfxResult missing = RunQorfx("inspect " + dir.File("missing.cgfx"));
-    EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_NE(missing.err.find("missing.cgfx: cannot read the file"), std::string::npos) << missing.err;
-
-    QorfxResult broken = RunQorfx("inspect --json " + QorfxSample("effects/broken.cgfx"));
-    EXPECT_EQ(broken.exitCode, 1);
-    EXPECT_NE(broken.err.find("does not compile"), std::string::npos);
-    EXPECT_NE(nlohmann::json::parse(broken.out)["errors"].get<std::string>().find("undefinedScale"), std::string::npos);
-
-    EXPECT_EQ(RunQorfx("").exitCode, 2);
-    EXPECT_EQ(RunQorfx("frobnicate").exitCode, 2);
-    EXPECT_EQ(RunQorfx("render " + QorfxSample("materials/plastic.cgfx")).exitCode, 2) << "no output named";
-    for (const char* size : {"0x0", "100000x100000", "12", "10x10x"}) {
-        const QorfxResult result =
-            RunQorfx("render " + QorfxSample("materials/plastic.cgfx") + " -o " + out + " --size " + size);
-        EXPECT_EQ(result.exitCode, 2) << size;
-        EXPECT_NE(result.err.find("--size"), std::string::npos) << size;
+    const std::string plastic = QorfxSample("materials/plastic.cgfx");
+    const std::string textured = QorfxSample("materials/textured.cgfx");
+    dir.Write("broken.zpk", "PK\x03\x04 not really a zip");
+    dir.Write("not-sgi.rgb", "plain text, not an image");
+    dir.Write("a-file", "");
+    struct Case
+    {
+        std::string arguments;
+        int exitCode;
+        std::string says; ///< a part of the one line on standard error
+    };
+    const Case cases[] = {
+        {"", 2, ""},
+        {"frobnicate", 2, ""},
+        {"--include nothing.fxh=" + dir.File("none.fxh") + " inspect " + plastic, 1, "cannot read the include file"},
+        {"--include =x inspect " + plastic, 2, "--include takes NAME=FILE"},
+        {"inspect", 2, ""},
+        {"inspect " + dir.File("missing.cgfx"), 1, "missing.cgfx: cannot read the file"},
+        {"inspect " + QorfxSample("effects/broken.cgfx"), 1, "does not compile"},
+        {"inspect " + dir.File("broken.zpk"), 1, "broken.zpk"},
+        {"render " + plastic, 2, ""},
+        {"render " + plastic + " -o " + dir.File("no-extension"), 2, "needs an image extension"},
+        {"render " + plastic + " -o " + out + " --size 0x0", 2, "--size"},
+        {"render " + plastic + " -o " + out + " --size 100000x100000", 2, "--size"},
+        {"render " + plastic + " -o " + out + " --size 12", 2, "--size"},
+        {"render " + plastic + " -o " + out + " --size 10x10x", 2, "--size"},
+        {"render " + plastic + " -o " + out + " --lights laser", 2, "--lights"},
+        {"render " + plastic + " -o " + out + " --mesh torus", 2, "--mesh"},
+        {"render " + plastic + " -o " + out + " --env bogus", 2, "--env"},
+        {"pack " + plastic, 2, ""},
+        {"pack " + dir.File("missing.cgfx") + " -o " + dir.File("p.zpk"), 1, "cannot read the file"},
+        {"pack " + plastic + " --set Diffuse -o " + dir.File("p.zpk"), 2, "--set takes NAME=VALUE"},
+        {"pack " + plastic + " --set Shine=1 -o " + dir.File("p.zpk"), 1, "no parameter \"Shine\""},
+        {"pack " + plastic + " --set Glossiness=1,2 -o " + dir.File("p.zpk"), 1, "takes one number"},
+        {"pack " + textured + " --texture ColorMap=" + dir.File("none.png") + " -o " + dir.File("p.zpk"), 1,
+         "not found"},
+        {"unpack " + dir.File("broken.zpk"), 2, ""},
+        {"unpack " + dir.File("missing.zpk") + " -C " + dir.File("u"), 1, "missing.zpk"},
+        {"unpack " + dir.File("broken.zpk") + " -C " + dir.File("u"), 1, "broken.zpk"},
+        {"unpack " + dir.File("broken.zpk") + " -C " + dir.File("a-file/u"), 1, "cannot create the folder"},
+        {"sgi " + dir.File("none.rgb") + " -o " + out, 1, "not a readable SGI image"},
+        {"sgi " + dir.File("not-sgi.rgb") + " -o " + out, 1, "not a readable SGI image"},
+        {"sgi " + QorfxSample("textures/checker.rgb") + " -o " + dir.File("no-extension"), 2, "image extension"},
+        {"sgi " + QorfxSample("textures/checker.rgb") + " -o " + dir.File("no/such/folder/x.png"), 1,
+         "cannot write the image"},
+    };
+    for (const Case& c : cases) {
+        const QorfxResult result = RunQorfx(c.arguments);
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.arguments << "\n" << result.err;
+        EXPECT_NE(result.err.find(c.says), std::string::npos) << c.arguments << "\n" << result.err;
     }
-    EXPECT_EQ(RunQorfx("render " + QorfxSample("materials/plastic.cgfx") + " -o " + out + " --lights laser").exitCode, 2);
-    EXPECT_EQ(RunQorfx("render " + QorfxSample("materials/plastic.cgfx") + " -o " + out + " --mesh torus").exitCode, 2);
-    EXPECT_EQ(RunQorfx("--include nothing.fxh=" + dir.File("none.fxh") + " inspect " +
-                       QorfxSample("effects/palette.cgfx"))
-                  .exitCode,
-              1);
-    EXPECT_EQ(RunQorfx("sgi " + dir.File("none.rgb") + " -o " + out).exitCode, 1);
     EXPECT_FALSE(Exists(out)) << "no output after a failure";
+    EXPECT_FALSE(Exists(dir.File("p.zpk"))) << "no package after a failure";
+
+    const QorfxResult broken = RunQorfx("inspect --json " + QorfxSample("effects/broken.cgfx"));
+    EXPECT_EQ(broken.exitCode, 1);
+    EXPECT_NE(nlohmann::json::parse(broken.out)["errors"].get<std::string>().find("undefinedScale"), std::string::npos);
 }
 
 TEST(QorfxTest, InMemoryIncludeFromTheCommandLine)
@@ -142,14 +172,4 @@ TEST(QorfxTest, PackUnpackAndInspectKeepTheMaterial)
     EXPECT_NE(QorReadFile(dir.File("out/textured.cgfx")).find("technique TexturedARB"), std::string::npos);
     EXPECT_EQ(QorReadFile(dir.File("out/checker.png")).substr(1, 3), "PNG");
     EXPECT_EQ(nlohmann::json::parse(QorReadFile(dir.File("out/material.json")))["parameters"][1]["value"], 3.0);
-
-    dir.Write("broken.zpk", "PK\x03\x04 not really a zip");
-    const QorfxResult corrupt = RunQorfx("inspect " + dir.File("broken.zpk"));
-    EXPECT_EQ(corrupt.exitCode, 1);
-    EXPECT_NE(corrupt.err.find("broken.zpk"), std::string::npos);
-    EXPECT_EQ(RunQorfx("pack " + QorfxSample("materials/textured.cgfx") + " --texture ColorMap=" +
-                       dir.File("none.png") + " -o " + dir.File("none.zpk"))
-                  .exitCode,
-              1);
-    EXPECT_TRUE(QorReadFile(dir.File("none.zpk")).empty()) << "no package after a failure";
 }

@@ -150,6 +150,14 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         Report(output + ": the output needs an image extension such as .png");
         return 2;
     }
+    QorfxView view;
+    if (options.environment != "sky") {
+        view.environment = Numbers(options.environment);
+        if (view.environment.size() != 3) {
+            Report("--env takes r,g,b or \"sky\", not \"" + options.environment + "\"");
+            return 2;
+        }
+    }
     QorGLContext context;
     if (!context.Open(options.width, options.height)) {
         Report(context.GetError());
@@ -165,19 +173,11 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
     for (size_t i = 3; i < pixels.size(); i += 4)
         pixels[i] = 255;
 
-    QorfxView view;
     view.world = options.mesh == "quad" ? Qor4x4Matrix() : QorfxRotation(20, -30);
     const float eye[3] = {0, 0, 3.4f}, target[3] = {0, 0, 0}, up[3] = {0, 1, 0};
     view.view = QorfxLookAt(eye, target, up);
     view.projection =
         QorfxPerspective(40, static_cast<float>(options.width) / static_cast<float>(options.height), 0.1f, 100);
-    if (options.environment != "sky") {
-        view.environment = Numbers(options.environment);
-        if (view.environment.size() != 3) {
-            Report("--env takes r,g,b or \"sky\", not \"" + options.environment + "\"");
-            return 2;
-        }
-    }
 
     unsigned int skyTexture = 0;
     int status = 0;
