@@ -2,7 +2,7 @@
 // reporting compile errors to the error file, and choosing and validating techniques.
 #include "QorVisShaders/QorShaderEffect.h"
 
-#include "QorShaderIncludeResolver.h"
+#include "QorShaderIncludeSession.h"
 #include "QorShaderParameters.h"
 
 #include "QorVisShaderShared/QorShaderSearch.h"
@@ -61,10 +61,13 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
         cgGLRegisterStates(m_context.Get());
         cgSetAutoCompile(m_context.Get(), CG_COMPILE_MANUAL);
         cgSetErrorCallback(DrainCgErrors);
-        cgSetCompilerIncludeCallback(m_context.Get(), QorShaderIncludeResolver::ResolveInclude);
+        cgSetCompilerIncludeCallback(m_context.Get(), QorShaderIncludeSession::ResolveInclude);
     }
     m_compileErrors = QorString("");
-    m_effect = cgCreateEffect(m_context.Get(), m_source.c_str(), nullptr);
+    {
+        QorShaderIncludeSession includes(m_context.Get());
+        m_effect = cgCreateEffect(m_context.Get(), m_source.c_str(), nullptr);
+    }
     if (!m_effect) {
         writeErrorFile(cgGetErrorString(cgGetError()), cgGetLastListing(m_context.Get()));
         return nullptr;

@@ -98,28 +98,55 @@ TEST_F(QorShaderEffectCompileTest, CompileErrorsGoToTheErrorFile)
     EXPECT_EQ(QorReadFile(tempWithPercent + "/QorCGFX_Errors.txt"), "");
 }
 
-TEST_F(QorShaderEffectCompileTest, IncludeCyclesFailInsteadOfRecursing)
+TEST_F(QorShaderEffectCompileTest, OnlyIncludeCyclesThePreprocessorReachesAreRefused)
 {
-    QorTempDir temp;
+    QorTempDir temp, shaders;
     QorScopedEnv tempPath("QorTemp", temp.Path().c_str());
+    QorScopedEnv graphicPath("QorGraphicPath", shaders.Path().c_str());
+    // Guarded headers that include each other, and a self-include in skipped code.
+    shaders.Write("shaders/a.cgh", "#ifndef A_CGH\n#define A_CGH\n#include \"b.cgh\"\nfloat4 A() { return B(); }\n#endif\n");
+    shaders.Write("shaders/b.cgh", "#ifndef B_CGH\n#define B_CGH\n#include \"a.cgh\"\nfloat4 B() { return 1; }\n#endif\n");
+    shaders.Write("shaders/dead.cgh", "#if 0\n#include \"dead.cgh\"\n#endif\nfloat4 Dead() { return 1; }\n");
+    // A 20-level lattice of guarded headers, each including the next two, and a chain of
+    // 200 distinct headers: both only deep, neither a cycle.
+    for (int level = 0; level < 20; ++level) {
+        std::string text = "#ifndef L" + std::to_string(level) + "\n#define L" + std::to_string(level) + "\n";
+        for (int next = level + 1; next <= level + 2 && next < 20; ++next)
+            text += "#include \"l" + std::to_string(next) + ".cgh\"\n";
+        shaders.Write("shaders/l" + std::to_string(level) + ".cgh", text + "#endif\n");
+    }
+    for (int link = 0; link < 200; ++link)
+        shaders.Write("shaders/c" + std::to_string(link) + ".cgh",
+                      link + 1 < 200 ? "#include \"c" + std::to_string(link + 1) + ".cgh\"\n" : "float4 End() { return 1; }\n");
     QorShaderIncludeManager& includes = QorShaderIncludeManager::Instance();
-    includes.AddInclude(QorString("self.fxh"), "#include \"self.fxh\"\nfloat4 Self() { return 1; }\n");
     includes.AddInclude(QorString("ping.fxh"), "#include \"pong.fxh\"\n");
     includes.AddInclude(QorString("pong.fxh"), "#include \"ping.fxh\"\n");
-    includes.AddInclude(QorString("leaf.fxh"), "#ifndef LEAF\n#define LEAF\nfloat4 Leaf() { return 1; }\n#endif\n");
-    includes.AddInclude(QorString("twice.fxh"), "#include \"leaf.fxh\"\n");
+
+    for (const char* source : {"#include \"a.cgh\"\ntechnique t { pass p {} }",
+                               "#include \"dead.cgh\"\ntechnique t { pass p {} }",
+                               "#include \"l0.cgh\"\n#include \"l0.cgh\"\ntechnique t { pass p {} }",
+                               "#include \"c0.cgh\"\ntechnique t { pass p {} }"}) {
+        CompiledEffect effect;
+        EXPECT_NE(effect.FromBuffer(source), nullptr) << source << "\n" << effect.effect->GetCompileErrors().c_str();
+    }
 
     testing::internal::CaptureStdout();
-    CompiledEffect self;
-    EXPECT_EQ(self.FromBuffer("#include \"self.fxh\"\ntechnique t { pass p {} }"), nullptr);
     CompiledEffect pingPong;
     EXPECT_EQ(pingPong.FromBuffer("#include \"ping.fxh\"\ntechnique t { pass p {} }"), nullptr);
     testing::internal::GetCapturedStdout();
-    EXPECT_NE(QorReadFile(temp.File("QorCGFX_Errors.txt")).find("include cycle"), std::string::npos);
-
-    CompiledEffect diamond; // the same include reached twice is no cycle
-    EXPECT_NE(diamond.FromBuffer("#include \"twice.fxh\"\n#include \"leaf.fxh\"\ntechnique t { pass p {} }"),
-              nullptr);
-    for (const char* name : {"self.fxh", "ping.fxh", "pong.fxh", "leaf.fxh", "twice.fxh"})
+    const std::string errors = pingPong.effect->GetCompileErrors().c_str();
+    EXPECT_NE(errors.find("include cycle: /ping.fxh -> /pong.fxh -> /ping.fxh"), std::string::npos) << errors;
+    EXPECT_EQ(QorReadFile(temp.File("QorCGFX_Errors.txt")), errors) << "the error file says the same";
+    for (const char* name : {"ping.fxh", "pong.fxh"})
         includes.RemoveInclude(QorString(name));
+}
+
+TEST_F(QorShaderEffectCompileTest, CompileErrorsInIncludesNameTheInclude)
+{
+    QorShaderIncludeManager::Instance().AddInclude(QorString("faulty.fxh"), "float ok;\nfloat4 Faulty() { return 1 +; }\n");
+    CompiledEffect effect;
+    EXPECT_EQ(effect.FromBuffer("#include \"faulty.fxh\"\ntechnique t { pass p {} }"), nullptr);
+    EXPECT_NE(std::string(effect.effect->GetCompileErrors().c_str()).find("/faulty.fxh(2)"), std::string::npos)
+        << effect.effect->GetCompileErrors().c_str();
+    QorShaderIncludeManager::Instance().RemoveInclude(QorString("faulty.fxh"));
 }

@@ -1,6 +1,8 @@
 #include "QorSystem/QorFiles.h"
 
 #include <cerrno>
+#include <utility>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,6 +32,60 @@ FILE* QorFopen(const char* path, const char* mode)
     if (!path || !*path || !mode)
         return nullptr;
     return std::fopen(QorNativePath(path).c_str(), mode);
+}
+
+namespace {
+
+bool Refuse(std::string* why, const char* reason)
+{
+    if (why)
+        *why = reason;
+    return false;
+}
+
+struct Descriptor
+{
+    explicit Descriptor(int value) : fd(value) {}
+    ~Descriptor()
+    {
+        if (fd >= 0)
+            close(fd);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int fd;
+};
+
+} // namespace
+
+bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxBytes, std::string* why)
+{
+    if (!path || !*path)
+        return Refuse(why, "no file name");
+    // Non-blocking, so that opening a FIFO without a writer returns at once.
+    const Descriptor file(open(QorNativePath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.fd < 0)
+        return Refuse(why, "cannot open the file");
+    struct stat info;
+    if (fstat(file.fd, &info) != 0 || !S_ISREG(info.st_mode))
+        return Refuse(why, "not a regular file");
+    if (static_cast<unsigned long long>(info.st_size) > maxBytes)
+        return Refuse(why, "the file is too large");
+    std::string read(static_cast<std::size_t>(info.st_size), '\0');
+    std::size_t done = 0;
+    while (done < read.size()) {
+        const ssize_t got = ::read(file.fd, &read[done], read.size() - done);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return Refuse(why, "cannot read the file");
+        if (got == 0)
+            break; // the file shrank while read: keep what is there
+        done += static_cast<std::size_t>(got);
+    }
+    read.resize(done);
+    content = std::move(read);
+    return true;
 }
 
 namespace {

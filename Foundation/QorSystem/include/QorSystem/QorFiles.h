@@ -5,6 +5,7 @@
 /// (the Cg runtime, image and zip libraries) must be given QorNativePath().
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -25,6 +26,13 @@ struct QorFileCloser
 };
 /// An open C stream closed when it goes out of scope.
 using QorFile = std::unique_ptr<FILE, QorFileCloser>;
+
+/// Reads a whole regular file of at most `maxBytes` bytes into `content`. A FIFO, a device,
+/// a folder or a larger file is refused without waiting or reading on, so that a special
+/// file named where a file is expected can neither hang the caller nor fill its memory.
+/// False, with `content` untouched and `why` (when given) saying what was wrong, on any
+/// refusal or read error.
+bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxBytes, std::string* why = nullptr);
 
 /// Creates the directory and any missing parents. Returns 0 when it exists afterwards,
 /// -1 when it cannot be made, when a component is "..", or when the path is empty.
