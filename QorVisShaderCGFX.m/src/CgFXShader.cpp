@@ -24,9 +24,16 @@ CgFXShader::CgFXShader(const CgFXShader& other)
 
 CgFXShader::~CgFXShader()
 {
-    if (m_effect)
-        m_effect->Release();
+    ReleaseEffect();
     delete m_parameters;
+}
+
+void CgFXShader::deselectParameters()
+{
+    // The effect only borrows the set drawing uses: it must not keep pointing at this
+    // shader's set once the set goes or the shader leaves the effect.
+    if (m_effect && m_parameters && m_effect->GetIShaderParameters() == m_parameters)
+        m_effect->SetIShaderParameters(nullptr);
 }
 
 QorIShader* CgFXShader::Clone()
@@ -44,6 +51,7 @@ int CgFXShader::Detach()
 void CgFXShader::ReleaseEffect()
 {
     if (m_effect) {
+        deselectParameters();
         m_effect->Release();
         m_effect = nullptr;
     }
@@ -185,6 +193,7 @@ bool CgFXShader::GenerateParameters()
 {
     if (!m_effect)
         return false;
+    deselectParameters();
     delete m_parameters;
     m_parameters = nullptr;
     QorShaderParameters* defaults = m_effect->IsBound() ? m_effect->GetParameters() : m_effect->GenerateShader();
@@ -249,6 +258,7 @@ void CgFXShader::UnStream(QorStreamer& streamer)
         }
     }
     if (m_effect && m_effect->GetParameters()) {
+        deselectParameters();
         delete m_parameters;
         m_parameters = new (std::nothrow) QorShaderParameters(*m_effect->GetParameters());
     }

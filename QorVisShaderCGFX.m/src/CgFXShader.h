@@ -60,6 +60,8 @@ public:
     ~CgFXShader() override;
 
 private:
+    /// Clears the effect's current parameter set when it is this shader's.
+    void deselectParameters();
     int rangeOfHandle(CGparameter handle, float& min, float& max, float& step, char** widget, char** name);
     void copyValuesFrom(QorShaderParameters& streamed);
 

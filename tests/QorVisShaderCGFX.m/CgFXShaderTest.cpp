@@ -152,6 +152,39 @@ TEST(CgFXShaderTest, ShadersOfOneFileShareTheEffectAndCloneCopiesValues)
     EXPECT_EQ(clone->GetNbParameters(), 3) << "the values stay";
 }
 
+TEST(CgFXShaderTest, TheEffectNeverDrawsWithTheValuesOfAGoneShader)
+{
+    CleanSearchPaths paths;
+    QorTempDir dir;
+    const std::string path = dir.Write("shared.cgfx", kQorTestMaterial);
+    ShaderPtr kept = LoadedShader(path.c_str());
+    ASSERT_TRUE(kept->GenerateParameters());
+    auto* effect = static_cast<QorShaderEffect*>(kept->GetIShaderEffect());
+    // Each way a selected set can go, or its shader leave the effect: the effect then has
+    // no current set (and answers as before any selection) until another is selected.
+    const std::pair<const char*, void (*)(ShaderPtr&, const std::string&)> departures[] = {
+        {"deleted", [](ShaderPtr& shader, const std::string&) { shader.reset(); }},
+        {"regenerated", [](ShaderPtr& shader, const std::string&) { shader->GenerateParameters(); }},
+        {"moved to another effect",
+         [](ShaderPtr& shader, const std::string&) { shader->SetBuffer(kQorTestMaterial, "elsewhere"); }},
+        {"clone deleted", [](ShaderPtr& shader, const std::string&) { shader.reset(); }},
+    };
+    for (const auto& [how, depart] : departures) {
+        ShaderPtr leaving = std::string(how) == "clone deleted" ? ShaderPtr(kept->Clone()) : LoadedShader(path.c_str());
+        ASSERT_TRUE(leaving->GenerateParameters()) << how;
+        leaving->SetCurrentParameters();
+        ASSERT_EQ(effect->GetIShaderParameters(), leaving->GetIShaderParameters()) << how;
+        depart(leaving, path);
+        EXPECT_EQ(effect->GetIShaderParameters(), nullptr) << how;
+        EXPECT_EQ(effect->updateEnvModel(QorEnvironmentColor), 0) << how << ": as with no set selected";
+        effect->UploadCurrentParameters(false);
+    }
+    kept->SetCurrentParameters();
+    EXPECT_EQ(effect->GetIShaderParameters(), kept->GetIShaderParameters());
+    effect->GenerateShader();
+    EXPECT_EQ(effect->GetIShaderParameters(), nullptr) << "a recompilation forgets the selection";
+}
+
 TEST(CgFXShaderTest, StreamCarriesValuesAndTheEffectThroughTheContainer)
 {
     CleanSearchPaths paths;
