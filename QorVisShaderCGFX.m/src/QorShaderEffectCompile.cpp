@@ -2,6 +2,7 @@
 // reporting compile errors to the error file, and choosing and validating techniques.
 #include "QorVisShaders/QorShaderEffect.h"
 
+#include "QorGLSLSamplerUnits.h"
 #include "QorShaderIncludeSession.h"
 #include "QorShaderParameters.h"
 
@@ -179,6 +180,7 @@ int QorShaderEffect::validateFromCurrentTechnique(bool fetchErrorText)
             return 0;
     }
     m_techniqueValidated = 1;
+    QorSeparateUnusedSamplerUnits(m_technique);
     return 1;
 }
 
