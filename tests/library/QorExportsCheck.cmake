@@ -1,6 +1,6 @@
 # Checks that the shared library exports its public API and nothing of its internals:
 # every dynamic symbol it defines must belong to an exported class or function (or be a
-# standard-library instantiation or a linker symbol).
+# standard-library instantiation, a linker symbol or a sanitizer's marker).
 # Run as: cmake -DLIBRARY=<path> -P QorExportsCheck.cmake
 execute_process(COMMAND nm -D --defined-only -C ${LIBRARY} OUTPUT_VARIABLE listing RESULT_VARIABLE failed)
 if(failed)
@@ -14,7 +14,9 @@ string(REPLACE "\n" ";" lines "${listing}")
 set(leaks)
 foreach(line IN LISTS lines)
   string(REGEX REPLACE "^[0-9a-f]+ [A-Za-z] " "" symbol "${line}")
-  if(symbol STREQUAL "" OR symbol MATCHES "^(_init|_fini|_edata|_end|__bss_start)$" OR symbol MATCHES "std::")
+  # Linker symbols, standard-library instantiations and the sanitizers' own markers.
+  if(symbol STREQUAL "" OR symbol MATCHES "^(_init|_fini|_edata|_end|__bss_start)$" OR symbol MATCHES "std::"
+     OR symbol MATCHES "^__(odr_asan|asan|ubsan|sanitizer)")
     continue()
   endif()
   set(known FALSE)
