@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -40,14 +39,6 @@ bool IsJpeg(const std::string& path) { return Magic(path, 3) == "\xff\xd8\xff"; 
 bool IsTiff(const std::string& path)
 {
     return Magic(path, 4) == std::string("II*\0", 4) || Magic(path, 4) == std::string("MM\0*", 4);
-}
-
-std::vector<std::string> Listing(const std::string& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename().string());
-    return names;
 }
 
 } // namespace
@@ -198,7 +189,7 @@ TEST(QorTexturePixelImageTest, FailedWritesLeaveNoFileAndBadFilesReadAsNull)
     // The encoder succeeds, but its file cannot take the place of a folder.
     ASSERT_EQ(QorCreateDirectory(dir.File("taken.png").c_str()), 0);
     EXPECT_EQ(image->WriteToFile("PNG", dir.File("taken.png").c_str()), -1);
-    EXPECT_EQ(Listing(dir.Path()), std::vector<std::string>{"taken.png"}) << "no partial files left behind";
+    EXPECT_EQ(QorFolderContent(dir.Path()), std::vector<std::string>{"taken.png"}) << "no partial files left behind";
 
     const std::string keep = dir.Write("keep.png", "previous content");
     EXPECT_EQ(image->WriteToFile("NOT-A-FORMAT", keep.c_str()), -1);
