@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -60,65 +61,39 @@ private:
     size_t m_position = 0;
 };
 
-// Effects registered under `names`, each with the one reference made at registration;
-// released newest first, so that every removal finds its entry at the end.
-class RegisteredEffects
+// The two registries the benchmarks fill: how an entry is registered under a name and how
+// the references made at registration go back.
+struct Effects
 {
-public:
-    explicit RegisteredEffects(const std::vector<std::string>& names)
+    static constexpr const char* kKind = "effect";
+    static QorShaderEffect* Add(const char* name) { return QorShaderEffect::AddShaderEffect(name); }
+    // Newest first, so that every removal finds its entry at the end.
+    static void ReleaseAll(const std::vector<QorShaderEffect*>& effects)
     {
-        m_effects.reserve(names.size());
-        for (const std::string& name : names)
-            m_effects.push_back(QorShaderEffect::AddShaderEffect(name.c_str()));
-    }
-    ~RegisteredEffects()
-    {
-        for (auto effect = m_effects.rbegin(); effect != m_effects.rend(); ++effect)
+        for (auto effect = effects.rbegin(); effect != effects.rend(); ++effect)
             if (*effect)
                 (*effect)->Release();
     }
-    RegisteredEffects(const RegisteredEffects&) = delete;
-    RegisteredEffects& operator=(const RegisteredEffects&) = delete;
-
-    bool Complete() const { return std::find(m_effects.begin(), m_effects.end(), nullptr) == m_effects.end(); }
-    QorShaderEffect*& operator[](int i) { return m_effects[static_cast<size_t>(i)]; }
-
-private:
-    std::vector<QorShaderEffect*> m_effects;
 };
 
-// Textures registered under `names`, each with the one reference handed to the caller.
-// The references go back in batches, each followed by a clean, so the destroy list never
-// grows long while the registry empties.
-class RegisteredTextures
+struct Textures
 {
-public:
-    explicit RegisteredTextures(const std::vector<std::string>& names)
-    {
-        m_textures.reserve(names.size());
-        for (const std::string& name : names)
-            m_textures.push_back(QorShaderManager::AddShaderTexture(name.c_str()));
-    }
-    ~RegisteredTextures()
+    static constexpr const char* kKind = "texture";
+    static QorShaderTexture* Add(const char* name) { return QorShaderManager::AddShaderTexture(name); }
+    // In batches, each followed by a clean, so the destroy list never grows long while the
+    // registry empties.
+    static void ReleaseAll(const std::vector<QorShaderTexture*>& textures)
     {
         // Entries listed by a benchmark keep a count above 1, so this clean only empties the list.
         QorShaderManager::CleanShaderTextureToDestroyList();
         constexpr size_t kBatch = 1000;
-        for (size_t i = 0; i < m_textures.size(); ++i) {
-            QorShaderManager::AddShaderTextureToDestroyList(m_textures[i]);
+        for (size_t i = 0; i < textures.size(); ++i) {
+            QorShaderManager::AddShaderTextureToDestroyList(textures[i]);
             if ((i + 1) % kBatch == 0)
                 QorShaderManager::CleanShaderTextureToDestroyList();
         }
         QorShaderManager::CleanShaderTextureToDestroyList();
     }
-    RegisteredTextures(const RegisteredTextures&) = delete;
-    RegisteredTextures& operator=(const RegisteredTextures&) = delete;
-
-    bool Complete() const { return std::find(m_textures.begin(), m_textures.end(), nullptr) == m_textures.end(); }
-    QorShaderTexture* operator[](int i) const { return m_textures[static_cast<size_t>(i)]; }
-
-private:
-    std::vector<QorShaderTexture*> m_textures;
 };
 
 // How many entries a benchmark registers: its first argument.
@@ -126,6 +101,40 @@ int Entries(const benchmark::State& state)
 {
     return static_cast<int>(state.range(0));
 }
+
+// As many entries of `Registry` as the benchmark's first argument asks for, each with the
+// one reference made at registration, and their names. A registration that fails fails
+// the benchmark: it then returns at once when Ready() is false.
+template <typename Registry>
+class Registered
+{
+public:
+    using Entry = std::remove_pointer_t<decltype(Registry::Add(""))>;
+
+    explicit Registered(benchmark::State& state) : m_names(EntryNames(Registry::kKind, Entries(state)))
+    {
+        m_entries.reserve(m_names.size());
+        for (const std::string& name : m_names)
+            m_entries.push_back(Registry::Add(name.c_str()));
+        m_ready = Complete();
+        if (!m_ready)
+            QorBench::Fail(state, (std::string("cannot register the ") + Registry::kKind + "s").c_str());
+    }
+    ~Registered() { Registry::ReleaseAll(m_entries); }
+    Registered(const Registered&) = delete;
+    Registered& operator=(const Registered&) = delete;
+
+    bool Ready() const { return m_ready; }
+    bool Complete() const { return std::find(m_entries.begin(), m_entries.end(), nullptr) == m_entries.end(); }
+    const std::vector<std::string>& Names() const { return m_names; }
+    const char* Name(int i) const { return m_names[static_cast<size_t>(i)].c_str(); }
+    Entry*& operator[](int i) { return m_entries[static_cast<size_t>(i)]; }
+
+private:
+    std::vector<std::string> m_names;
+    std::vector<Entry*> m_entries;
+    bool m_ready = false;
+};
 
 // The order of a look-up benchmark, whose second argument is how many names it visits.
 LookupOrder VisitedOf(const benchmark::State& state)
@@ -139,71 +148,54 @@ LookupOrder EveryEntryOf(const benchmark::State& state)
     return LookupOrder(Entries(state), 0);
 }
 
-// AddShaderEffect of a registered name: the look-up every shader naming an effect makes.
-void EffectLookup(benchmark::State& state)
+// `LookUp` of registered names, visited in the order of VisitedOf.
+template <typename Registry, void (*LookUp)(const char* name)>
+void Lookup(benchmark::State& state)
 {
-    const std::vector<std::string> names = EntryNames("effect", Entries(state));
-    RegisteredEffects effects(names);
-    if (!effects.Complete()) {
-        QorBench::Fail(state, "cannot register the effects");
+    Registered<Registry> entries(state);
+    if (!entries.Ready())
         return;
-    }
     LookupOrder order = VisitedOf(state);
-    for (auto _ : state) {
-        // The Release keeps the look-up alive: no DoNotOptimize, whose in-out form GCC
-        // miscompiles under the sanitizers.
-        QorShaderEffect::AddShaderEffect(names[static_cast<size_t>(order.Next())].c_str())->Release();
-    }
+    for (auto _ : state)
+        LookUp(entries.Name(order.Next()));
+}
+
+// AddShaderEffect of a registered name: the look-up every shader naming an effect makes.
+// The Release keeps the look-up alive: no DoNotOptimize, whose in-out form GCC
+// miscompiles under the sanitizers.
+void AddEffect(const char* name)
+{
+    QorShaderEffect::AddShaderEffect(name)->Release();
+}
+
+// GetShaderTexture: the look-up of every texture value pushed to the effect.
+void GetTexture(const char* name)
+{
+    benchmark::DoNotOptimize(QorShaderManager::GetShaderTexture(name));
+}
+
+// AddShaderTexture of a registered name: every copy of a parameter set naming a texture.
+// The map and the registered entries still hold their references.
+void ShareTexture(const char* name)
+{
+    QorShaderManager::AddShaderTexture(name)->Release();
 }
 
 // The last Release of a registered effect (it leaves the registry) and the registration
 // of its name again: what replacing one material's effect costs among many.
 void EffectReregister(benchmark::State& state)
 {
-    const std::vector<std::string> names = EntryNames("effect", Entries(state));
-    RegisteredEffects effects(names);
-    if (!effects.Complete()) {
-        QorBench::Fail(state, "cannot register the effects");
+    Registered<Effects> effects(state);
+    if (!effects.Ready())
         return;
-    }
     LookupOrder order = EveryEntryOf(state);
     for (auto _ : state) {
         const int i = order.Next();
         effects[i]->Release();
-        effects[i] = QorShaderEffect::AddShaderEffect(names[static_cast<size_t>(i)].c_str());
+        effects[i] = QorShaderEffect::AddShaderEffect(effects.Name(i));
     }
     if (!effects.Complete())
         QorBench::Fail(state, "cannot register an effect again");
-}
-
-// GetShaderTexture: the look-up of every texture value pushed to the effect.
-void TextureLookup(benchmark::State& state)
-{
-    const std::vector<std::string> names = EntryNames("texture", Entries(state));
-    RegisteredTextures textures(names);
-    if (!textures.Complete()) {
-        QorBench::Fail(state, "cannot register the textures");
-        return;
-    }
-    LookupOrder order = VisitedOf(state);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(QorShaderManager::GetShaderTexture(names[static_cast<size_t>(order.Next())].c_str()));
-}
-
-// AddShaderTexture of a registered name: every copy of a parameter set naming a texture.
-void TextureShare(benchmark::State& state)
-{
-    const std::vector<std::string> names = EntryNames("texture", Entries(state));
-    RegisteredTextures textures(names);
-    if (!textures.Complete()) {
-        QorBench::Fail(state, "cannot register the textures");
-        return;
-    }
-    LookupOrder order = VisitedOf(state);
-    for (auto _ : state) {
-        // The map and RegisteredTextures still hold their references.
-        QorShaderManager::AddShaderTexture(names[static_cast<size_t>(order.Next())].c_str())->Release();
-    }
 }
 
 // AddShaderTextureToDestroyList of a reference whose texture is listed already, with
@@ -211,14 +203,11 @@ void TextureShare(benchmark::State& state)
 // others did so since the last clean.
 void TextureHandBack(benchmark::State& state)
 {
-    const std::vector<std::string> names = EntryNames("texture", Entries(state));
-    RegisteredTextures textures(names);
-    if (!textures.Complete()) {
-        QorBench::Fail(state, "cannot register the textures");
+    Registered<Textures> textures(state);
+    if (!textures.Ready())
         return;
-    }
-    // List every texture once; each keeps the map's and RegisteredTextures' references.
-    for (const std::string& name : names)
+    // List every texture once; each keeps the map's and the registered entries' references.
+    for (const std::string& name : textures.Names())
         QorShaderManager::AddShaderTextureToDestroyList(QorShaderManager::AddShaderTexture(name.c_str()));
     LookupOrder order = EveryEntryOf(state);
     for (auto _ : state) {
@@ -236,9 +225,9 @@ int main(int argc, char** argv)
         const std::vector<int64_t> sizes = smoke ? std::vector<int64_t>{10, 100, 1000}
                                                  : std::vector<int64_t>{10, 1000, 100000};
         constexpr int64_t kSpread = 16;
-        for (const auto& [name, function] : {std::pair{"EffectLookup", EffectLookup},
-                                             std::pair{"TextureLookup", TextureLookup},
-                                             std::pair{"TextureShare", TextureShare}}) {
+        for (const auto& [name, function] : {std::pair{"EffectLookup", &Lookup<Effects, AddEffect>},
+                                             std::pair{"TextureLookup", &Lookup<Textures, GetTexture>},
+                                             std::pair{"TextureShare", &Lookup<Textures, ShareTexture>}}) {
             benchmark::internal::Benchmark* benchmark = benchmark::RegisterBenchmark(name, function);
             benchmark->ArgNames({"entries", "visited"});
             for (int64_t size : sizes) {

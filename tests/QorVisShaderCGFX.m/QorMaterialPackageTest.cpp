@@ -67,15 +67,6 @@ ImagePtr Checker(const char* name)
     return image;
 }
 
-std::vector<std::string> FolderContent(const std::string& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& item : std::filesystem::recursive_directory_iterator(folder))
-        names.push_back(item.path().lexically_relative(folder).string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 } // namespace
 
 TEST(QorMaterialPackageTest, TwoSampleMaterialsComeBackEqualFromASavedPackage)
@@ -202,7 +193,7 @@ TEST(QorMaterialPackageTest, TextureNamesLikePathsAreCachedOnlyUnderZPKResources
     QorShaderParameters read;
     read.UnStream(stream);
     ASSERT_EQ(read.GetValueList()->size(), 5u);
-    EXPECT_EQ(FolderContent(root.Path()),
+    EXPECT_EQ(QorFolderContent(root.Path()),
               (std::vector<std::string>{"cache", "cache/ZPKResources", "cache/ZPKResources/C:relative.png",
                                         "cache/ZPKResources/absolute.png", "cache/ZPKResources/drive.png",
                                         "cache/ZPKResources/escape.png", "cache/ZPKResources/windows.png",

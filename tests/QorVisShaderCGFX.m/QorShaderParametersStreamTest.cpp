@@ -67,6 +67,23 @@ void RoundTrip(QorShaderParameters& set, QorShaderParameters& target, QorResourc
     EXPECT_EQ(in.GetRemainingSize(), 0u);
 }
 
+// A set whose one texture names a PNG in `sources`, with QorTemp naming `cache`, where
+// streaming the set through `container` caches the image.
+class QorShaderParametersCacheTest : public testing::Test
+{
+protected:
+    QorShaderParametersCacheTest() { set.AddTextureParameter(cg.Parameter("diffuse"), png.c_str()); }
+
+    QorRegistryGuard registry;
+    QorTempDir sources;
+    QorTempDir cache;
+    const std::string png = WritePng(sources, "wood.png");
+    QorScopedEnv temp{"QorTemp", cache.Path().c_str()};
+    QorCgTestEffect cg;
+    QorResourceZPKContainer container;
+    QorShaderParameters set;
+};
+
 } // namespace
 
 TEST(QorShaderParametersStreamTest, NamesAreReplacedAndValuesAppended)
@@ -241,17 +258,8 @@ TEST(QorShaderParametersStreamTest, WithoutQorTempATextureIsRegisteredUnderItsIm
     EXPECT_FLOAT_EQ(gloss, 0.5f) << "the records after the texture are read in step";
 }
 
-TEST(QorShaderParametersStreamTest, WithQorTempATextureIsCachedOnceUnderZPKResources)
+TEST_F(QorShaderParametersCacheTest, WithQorTempATextureIsCachedOnceUnderZPKResources)
 {
-    QorRegistryGuard registry;
-    QorTempDir sources;
-    QorTempDir cache;
-    const std::string png = WritePng(sources, "wood.png");
-    QorScopedEnv temp("QorTemp", cache.Path().c_str());
-    QorCgTestEffect cg;
-    QorResourceZPKContainer container;
-    QorShaderParameters set;
-    set.AddTextureParameter(cg.Parameter("diffuse"), png.c_str());
     const std::string cached = cache.Path() + "\\ZPKResources\\wood.png";
     const std::string native = cache.File("ZPKResources/wood.png");
     {
@@ -275,17 +283,8 @@ TEST(QorShaderParametersStreamTest, WithQorTempATextureIsCachedOnceUnderZPKResou
         << "the list's, the container's entry's and its look-up's: the streamed reference went back";
 }
 
-TEST(QorShaderParametersStreamTest, AListedImageOfTheSameNameTakesTheStreamedOnesPlace)
+TEST_F(QorShaderParametersCacheTest, AListedImageOfTheSameNameTakesTheStreamedOnesPlace)
 {
-    QorRegistryGuard registry;
-    QorTempDir sources;
-    QorTempDir cache;
-    const std::string png = WritePng(sources, "wood.png");
-    QorScopedEnv temp("QorTemp", cache.Path().c_str());
-    QorCgTestEffect cg;
-    QorResourceZPKContainer container;
-    QorShaderParameters set;
-    set.AddTextureParameter(cg.Parameter("diffuse"), png.c_str());
     QorStreamer out;
     out.SetResourceZPKContainer(&container);
     set.Stream(out);

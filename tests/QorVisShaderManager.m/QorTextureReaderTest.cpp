@@ -155,26 +155,25 @@ const std::string kEnd(1, '\0');
 
 } // namespace
 
-TEST(QorTextureReaderTest, VerbatimFilesMatchOpenImageIO)
+TEST(QorTextureReaderTest, VerbatimAndRunLengthFilesMatchOpenImageIO)
 {
-    for (const char* name : {"verbatim-1ch.rgb", "verbatim-2ch.rgb", "verbatim-3ch.rgb", "verbatim-4ch.rgb"})
-        EXPECT_EQ(StorageByte(Fixture(name)), 0u) << name;
-    ExpectSameAsOpenImageIO(Fixture("verbatim-1ch.rgb"), 1, 7);
-    ExpectSameAsOpenImageIO(Fixture("verbatim-2ch.rgb"), 2, 7);
-    ExpectSameAsOpenImageIO(Fixture("verbatim-3ch.rgb"), 3, 7);
-    ExpectSameAsOpenImageIO(Fixture("verbatim-4ch.rgb"), 4, 7);
-    ExpectSameAsOpenImageIO(Fixture("verbatim-1row.rgb"), 3, 1);
-}
-
-TEST(QorTextureReaderTest, RunLengthFilesMatchOpenImageIO)
-{
-    for (const char* name : {"rle-1ch.rgb", "rle-3ch.rgb", "rle-4ch.rgb", "rle-1row.rgb", "rle-wide.rgb"})
-        EXPECT_EQ(StorageByte(Fixture(name)), 1u) << name;
-    ExpectSameAsOpenImageIO(Fixture("rle-1ch.rgb"), 1, 9);
-    ExpectSameAsOpenImageIO(Fixture("rle-3ch.rgb"), 3, 9);
-    ExpectSameAsOpenImageIO(Fixture("rle-4ch.rgb"), 4, 9);
-    ExpectSameAsOpenImageIO(Fixture("rle-1row.rgb"), 4, 1);
-    ExpectSameAsOpenImageIO(Fixture("rle-wide.rgb"), 4, 3);
+    // The header's storage byte: 0 verbatim, 1 run-length.
+    const struct
+    {
+        const char* name;
+        unsigned storage;
+        int channels;
+        int height;
+    } files[] = {
+        {"verbatim-1ch.rgb", 0, 1, 7}, {"verbatim-2ch.rgb", 0, 2, 7}, {"verbatim-3ch.rgb", 0, 3, 7},
+        {"verbatim-4ch.rgb", 0, 4, 7}, {"verbatim-1row.rgb", 0, 3, 1},
+        {"rle-1ch.rgb", 1, 1, 9}, {"rle-3ch.rgb", 1, 3, 9}, {"rle-4ch.rgb", 1, 4, 9}, {"rle-1row.rgb", 1, 4, 1},
+        {"rle-wide.rgb", 1, 4, 3},
+    };
+    for (const auto& file : files) {
+        EXPECT_EQ(StorageByte(Fixture(file.name)), file.storage) << file.name;
+        ExpectSameAsOpenImageIO(Fixture(file.name), file.channels, file.height);
+    }
 }
 
 TEST(QorTextureReaderTest, RunLengthPacketsDecodeToTheirPixels)

@@ -2,6 +2,7 @@
 
 #include "QorDiagnostics/CheckFailure.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -72,4 +73,13 @@ std::string QorReadFile(const std::string& path)
     std::ostringstream content;
     content << in.rdbuf();
     return content.str();
+}
+
+std::vector<std::string> QorFolderContent(const std::string& folder)
+{
+    std::vector<std::string> names;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(folder))
+        names.push_back(item.path().lexically_relative(folder).string());
+    std::sort(names.begin(), names.end());
+    return names;
 }

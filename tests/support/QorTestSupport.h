@@ -1,6 +1,6 @@
 /// @file
-/// Helpers shared by the tests: a capturing diagnostics sink, temporary folders and
-/// environment variables restored on scope exit.
+/// Helpers shared by the tests: a capturing diagnostics sink, temporary folders,
+/// environment variables restored on scope exit, and reading files and folders.
 #pragma once
 
 #include "QorDiagnostics/CheckFailure.h"
@@ -68,3 +68,6 @@ private:
 
 /// Reads a whole file; "" when missing.
 std::string QorReadFile(const std::string& path);
+
+/// Everything below `folder`, files and folders at any depth, as sorted paths relative to it.
+std::vector<std::string> QorFolderContent(const std::string& folder);

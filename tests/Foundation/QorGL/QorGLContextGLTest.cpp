@@ -22,6 +22,13 @@ namespace {
 
 using Rgba = std::array<int, 4>;
 
+struct Pixel
+{
+    int x;
+    int yFromTop;
+    Rgba rgba;
+};
+
 Rgba PixelAt(const std::vector<unsigned char>& pixels, int width, int x, int yFromTop)
 {
     const std::size_t at = (static_cast<std::size_t>(yFromTop) * width + x) * 4;
@@ -171,45 +178,37 @@ TEST(QorGLContextGLTest, CgFxEffectDrawsIntoTheFramebuffer)
     ASSERT_NE(matrix, nullptr);
     ASSERT_NE(colour, nullptr);
 
-    auto drawWith = [&](const float (&rowMajor)[16], float r, float g, float b) {
-        cgSetMatrixParameterfr(matrix, rowMajor);
-        cgSetParameter4f(colour, r, g, b, 1.0f);
+    // Each draw paints over the last; the second, a row-major translation by +1 in x,
+    // leaves the left half to the first, so the matrix reached the program in the layout
+    // cgSetMatrixParameterfr promises.
+    const Rgba red{255, 0, 0, 255};
+    const Rgba green{0, 255, 0, 255};
+    const struct
+    {
+        const char* what;
+        float rowMajor[16];
+        Rgba colour;
+        std::vector<Pixel> pixels;
+    } draws[] = {
+        {"whole", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, red, {{32, 32, red}, {0, 0, red}, {63, 63, red}}},
+        {"right half", {1, 0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, green, {{16, 32, red}, {48, 32, green}}},
+    };
+    glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    for (const auto& draw : draws) {
+        SCOPED_TRACE(draw.what);
+        cgSetMatrixParameterfr(matrix, draw.rowMajor);
+        cgSetParameter4f(colour, draw.colour[0] / 255.0f, draw.colour[1] / 255.0f, draw.colour[2] / 255.0f, 1.0f);
         cgSetPassState(pass);
         DrawQuadCoveringClipSpace();
         cgResetPassState(pass);
-    };
-
-    glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    const float identity[16] = {
-        1, 0, 0, 0,
-        0, 1, 0, 0,
-        0, 0, 1, 0,
-        0, 0, 0, 1,
-    };
-    drawWith(identity, 1.0f, 0.0f, 0.0f);
-    ASSERT_EQ(cgGetError(), CG_NO_ERROR) << CgFailure(cg.Get());
-    ASSERT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-
-    std::vector<unsigned char> pixels = gl.ReadPixels();
-    ASSERT_EQ(pixels.size(), 64u * 64u * 4u);
-    EXPECT_EQ(PixelAt(pixels, 64, 32, 32), (Rgba{255, 0, 0, 255}));
-    EXPECT_EQ(PixelAt(pixels, 64, 0, 0), (Rgba{255, 0, 0, 255}));
-    EXPECT_EQ(PixelAt(pixels, 64, 63, 63), (Rgba{255, 0, 0, 255}));
-
-    // Row-major translation by +1 in x: the quad now covers only the right half, so
-    // the matrix reached the program in the layout cgSetMatrixParameterfr promises.
-    const float shiftRight[16] = {
-        1, 0, 0, 1,
-        0, 1, 0, 0,
-        0, 0, 1, 0,
-        0, 0, 0, 1,
-    };
-    drawWith(shiftRight, 0.0f, 1.0f, 0.0f);
-    ASSERT_EQ(cgGetError(), CG_NO_ERROR) << CgFailure(cg.Get());
-    pixels = gl.ReadPixels();
-    EXPECT_EQ(PixelAt(pixels, 64, 16, 32), (Rgba{255, 0, 0, 255}));
-    EXPECT_EQ(PixelAt(pixels, 64, 48, 32), (Rgba{0, 255, 0, 255}));
+        ASSERT_EQ(cgGetError(), CG_NO_ERROR) << CgFailure(cg.Get());
+        ASSERT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+        const std::vector<unsigned char> pixels = gl.ReadPixels();
+        ASSERT_EQ(pixels.size(), 64u * 64u * 4u);
+        for (const Pixel& pixel : draw.pixels)
+            EXPECT_EQ(PixelAt(pixels, 64, pixel.x, pixel.yFromTop), pixel.rgba) << pixel.x << ", " << pixel.yFromTop;
+    }
 }
 
 TEST(QorGLContextGLTest, OpenFailsCleanlyWithoutADisplayOrWithABadSize)

@@ -12,7 +12,6 @@
 #include <zip.h>
 #include <zlib.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -127,15 +126,6 @@ std::string CommandOutput(const std::string& command)
         pclose(pipe);
     }
     return output;
-}
-
-std::vector<std::string> FolderContent(const std::string& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& item : std::filesystem::recursive_directory_iterator(folder))
-        names.push_back(item.path().lexically_relative(folder).string());
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 std::string Crc(const std::string& bytes)
@@ -277,7 +267,7 @@ TEST(QorResourcePackageTest, ASavedPackageIsAZipAPersonCanOpen)
 {
     QorTempDir dir;
     const std::string path = SavedCopy(dir, "doc.zpk");
-    EXPECT_EQ(FolderContent(dir.Path()), std::vector<std::string>{"doc.zpk"}) << "no temporary file is left";
+    EXPECT_EQ(QorFolderContent(dir.Path()), std::vector<std::string>{"doc.zpk"}) << "no temporary file is left";
 
     const std::string listing = CommandOutput("unzip -l '" + path + "'");
     for (const char* part : {"manifest.json", "stream.bin", "effects/0.cgfx", "effects/1.cgfx", "images/2.png",
@@ -550,9 +540,9 @@ TEST(QorResourcePackageTest, ResourceNamesAreDataAndNothingIsWrittenOutsideTheCa
         PackageEditor(copy).Put(name, "payload");
         EXPECT_NE(Refusal(copy).find(std::string("\"") + name + "\" is not named by the manifest"),
                   std::string::npos);
-        EXPECT_EQ(FolderContent(temp), std::vector<std::string>{}) << "the private folder is gone";
+        EXPECT_EQ(QorFolderContent(temp), std::vector<std::string>{}) << "the private folder is gone";
     }
-    EXPECT_EQ(FolderContent(root.Path()),
+    EXPECT_EQ(QorFolderContent(root.Path()),
               (std::vector<std::string>{"tmp", "work", "work/deeper", "work/deeper/slip-copy.zpk",
                                         "work/deeper/slip.zpk"}));
     EXPECT_EQ(QorFileAccess("/tmp/absolute.txt", 0), -1);
@@ -576,7 +566,7 @@ TEST(QorResourcePackageTest, ResourceNamesAreDataAndNothingIsWrittenOutsideTheCa
     const std::string nul = SavedCopy(root, "nul.zpk");
     PackageEditor(nul).EditManifest([](Json& manifest) { manifest["entries"][0]["name"] = std::string("a\0b", 3); });
     EXPECT_NE(Refusal(nul).find("manifest: entry 0: the name holds a NUL character"), std::string::npos);
-    EXPECT_EQ(FolderContent(temp), std::vector<std::string>{});
+    EXPECT_EQ(QorFolderContent(temp), std::vector<std::string>{});
 }
 
 TEST(QorResourcePackageTest, AFailedSaveLeavesNoFileAndKeepsTheOldOne)
@@ -601,7 +591,7 @@ TEST(QorResourcePackageTest, AFailedSaveLeavesNoFileAndKeepsTheOldOne)
     EXPECT_EQ(good.SaveToFile(dir.File("a-folder").c_str(), goodStream, &error), -1);
     EXPECT_EQ(good.SaveToFile(nullptr, goodStream, &error), -1);
     EXPECT_EQ(error, "(no path): no package path given");
-    EXPECT_EQ(FolderContent(dir.Path()), (std::vector<std::string>{"a-folder", "doc.zpk"}));
+    EXPECT_EQ(QorFolderContent(dir.Path()), (std::vector<std::string>{"a-folder", "doc.zpk"}));
 
     // A good save replaces the old file whole.
     ASSERT_EQ(good.SaveToFile(old.c_str(), goodStream, &error), 0) << error;
@@ -609,7 +599,7 @@ TEST(QorResourcePackageTest, AFailedSaveLeavesNoFileAndKeepsTheOldOne)
     QorStreamer loadedStream;
     ASSERT_EQ(loaded.LoadFromFile(old.c_str(), loadedStream, &error), 0) << error;
     ExpectSameDocument(good, goodStream, loaded, loadedStream);
-    EXPECT_EQ(FolderContent(dir.Path()), (std::vector<std::string>{"a-folder", "doc.zpk"}));
+    EXPECT_EQ(QorFolderContent(dir.Path()), (std::vector<std::string>{"a-folder", "doc.zpk"}));
 }
 
 TEST(QorResourcePackageTest, TheFuzzSeedsAreLoadablePackagesOfThisVersion)

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -39,14 +39,6 @@ bool IsJpeg(const std::string& path) { return Magic(path, 3) == "\xff\xd8\xff"; 
 bool IsTiff(const std::string& path)
 {
     return Magic(path, 4) == std::string("II*\0", 4) || Magic(path, 4) == std::string("MM\0*", 4);
-}
-
-std::vector<std::string> Listing(const std::string& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.push_back(entry.path().filename().string());
-    return names;
 }
 
 } // namespace
@@ -143,22 +135,20 @@ TEST(QorTexturePixelImageTest, TheFormatWordDecidesTheFileFormatWhateverTheExten
         pixel[2] = 128;
         pixel[3] = 255;
     }
-    const std::string pngAsJpg = dir.File("really_png.jpg");
-    const std::string jpegAsPng = dir.File("really_jpeg.png");
-    const std::string tiffAsBmp = dir.File("really_tiff.bmp");
-    ASSERT_EQ(image->WriteToFile("PNG", pngAsJpg.c_str()), 0);
-    ASSERT_EQ(image->WriteToFile("jpeg", jpegAsPng.c_str()), 0) << "the word is not case-sensitive";
-    ASSERT_EQ(image->WriteToFile("TIFF", tiffAsBmp.c_str()), 0);
-    EXPECT_TRUE(IsPng(pngAsJpg));
-    EXPECT_TRUE(IsJpeg(jpegAsPng));
-    EXPECT_TRUE(IsTiff(tiffAsBmp));
+    // Each file's extension names another format than its word, which is not case-sensitive.
+    const std::tuple<const char*, const char*, bool (*)(const std::string&)> files[] = {
+        {"PNG", "really_png.jpg", IsPng}, {"jpeg", "really_jpeg.png", IsJpeg}, {"TIFF", "really_tiff.bmp", IsTiff}};
+    for (const auto& [word, name, written] : files) {
+        ASSERT_EQ(image->WriteToFile(word, dir.File(name).c_str()), 0) << word;
+        EXPECT_TRUE(written(dir.File(name))) << name;
+    }
 
-    ImagePtr png(QorTexturePixelImage::ReadFromFile(pngAsJpg.c_str(), "png"));
+    ImagePtr png(QorTexturePixelImage::ReadFromFile(dir.File("really_png.jpg").c_str(), "png"));
     ASSERT_TRUE(png) << "files are recognised by content, not extension";
     EXPECT_TRUE(SamePixels(*png, *image));
 
     // JPEG has no alpha: RGBA comes back as RGB close to the original.
-    ImagePtr jpeg(QorTexturePixelImage::ReadFromFile(jpegAsPng.c_str(), "jpeg"));
+    ImagePtr jpeg(QorTexturePixelImage::ReadFromFile(dir.File("really_jpeg.png").c_str(), "jpeg"));
     ASSERT_TRUE(jpeg);
     EXPECT_EQ(jpeg->GetPixelFormat(), QorPixelRGB8);
     ASSERT_EQ(jpeg->GetWidth() * jpeg->GetHeight(), 16u * 8u);
@@ -199,7 +189,7 @@ TEST(QorTexturePixelImageTest, FailedWritesLeaveNoFileAndBadFilesReadAsNull)
     // The encoder succeeds, but its file cannot take the place of a folder.
     ASSERT_EQ(QorCreateDirectory(dir.File("taken.png").c_str()), 0);
     EXPECT_EQ(image->WriteToFile("PNG", dir.File("taken.png").c_str()), -1);
-    EXPECT_EQ(Listing(dir.Path()), std::vector<std::string>{"taken.png"}) << "no partial files left behind";
+    EXPECT_EQ(QorFolderContent(dir.Path()), std::vector<std::string>{"taken.png"}) << "no partial files left behind";
 
     const std::string keep = dir.Write("keep.png", "previous content");
     EXPECT_EQ(image->WriteToFile("NOT-A-FORMAT", keep.c_str()), -1);
