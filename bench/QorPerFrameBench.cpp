@@ -200,7 +200,7 @@ int main(int argc, char** argv)
 {
     return QorBench::Main(argc, argv, [](bool) {
         // The sizes are small enough for a smoke run as they are.
-        const int materials = 200;
+        const int materials = std::getenv("QOR_MATERIALS") ? std::atoi(std::getenv("QOR_MATERIALS")) : 200;
         for (const auto& [name, kind] : {std::pair{"PerFrame/Changed8", FrameKind::Changed},
                                          std::pair{"PerFrame/Unchanged", FrameKind::Unchanged},
                                          std::pair{"PerFrame/FullUpload", FrameKind::Full}})

@@ -305,5 +305,5 @@ QorIShaderParameters* CgFXShader::GetIShaderParameters() const { return m_parame
 void CgFXShader::SetCurrentParameters()
 {
     if (m_effect)
-        m_effect->SetIShaderParameters(m_parameters);
+        m_effect->SelectParameters(m_parameters);
 }

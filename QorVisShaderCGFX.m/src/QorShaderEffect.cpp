@@ -96,6 +96,7 @@ void QorShaderEffect::Init()
     delete m_parameters;
     m_parameters = nullptr;
     m_interfaceParameters = nullptr;
+    m_currentOwnSet = nullptr;
     std::free(m_buffer);
     m_buffer = nullptr;
     // The reference count is left alone: the holders of a shared effect keep their
@@ -199,6 +200,18 @@ void QorShaderEffect::UnStream(QorStreamer& streamer)
     }
     delete[] name;
     delete[] buffer;
+}
+
+void QorShaderEffect::SetIShaderParameters(QorIShaderParameters* parameters)
+{
+    m_interfaceParameters = parameters;
+    m_currentOwnSet = dynamic_cast<QorShaderParameters*>(parameters);
+}
+
+void QorShaderEffect::SelectParameters(QorShaderParameters* parameters)
+{
+    m_interfaceParameters = parameters;
+    m_currentOwnSet = parameters;
 }
 
 int QorShaderEffect::GetNumInterface(int& count) const

@@ -1,9 +1,12 @@
 // Pushing a parameter set's values into the Cg parameters of the effect. This runs for
-// every material of every frame, so the walk does the least work on values that need no
-// push: one flag test each.
+// every material of every frame, so it visits only the values modified since the last
+// push when the set keeps their list.
 #include "QorVisShaders/QorShaderEffect.h"
 
-#include "QorShaderValue.h"
+#include "QorShaderParameters.h"
+#include "QorShaderValueColor.h"
+#include "QorShaderValueFloat.h"
+#include "QorShaderValueString.h"
 #include "QorVisShaders/QorIShaderParameters.h"
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderValueType.h"
@@ -17,28 +20,40 @@ namespace {
 // setters: their component count always matches the parameter the effect made them from.
 void PushValue(QorShaderValue& value, CGparameter parameter)
 {
-    int type = 0;
-    value.GetType(&type);
-    if (type == QorValueFloat) {
-        float number = 0;
-        value.Get(&number);
-        cgSetParameter1f(parameter, number);
-    } else if (QorIsColorType(type)) {
-        float components[4] = {0, 0, 0, 0};
-        value.Get(components);
-        if (type == QorValueColor2)
-            cgSetParameter2fv(parameter, components);
-        else if (type == QorValueColor3)
-            cgSetParameter3fv(parameter, components);
-        else
-            cgSetParameter4fv(parameter, components);
-    } else if (type == QorValueTexture) {
-        char* file = nullptr;
-        value.Get(&file);
-        const QorShaderTexture* texture = QorShaderManager::GetShaderTexture(file);
+    switch (value.Type()) {
+    case QorValueFloat:
+        cgSetParameter1f(parameter, static_cast<QorShaderValueFloat&>(value).Value());
+        break;
+    case QorValueColor2:
+        cgSetParameter2fv(parameter, static_cast<QorShaderValueColor&>(value).Components());
+        break;
+    case QorValueColor3:
+        cgSetParameter3fv(parameter, static_cast<QorShaderValueColor&>(value).Components());
+        break;
+    case QorValueColor4:
+        cgSetParameter4fv(parameter, static_cast<QorShaderValueColor&>(value).Components());
+        break;
+    case QorValueTexture: {
+        const QorShaderTexture* texture =
+            QorShaderManager::GetShaderTexture(static_cast<QorShaderValueString&>(value).GetFile());
         if (texture && texture->GetID() != 0)
             cgGLSetTextureParameter(parameter, texture->GetID());
+        break;
     }
+    default:
+        break;
+    }
+}
+
+// Feeds a value that needs it and marks it unmodified: the listed value itself, what
+// the set's ResetModified(position + 1) reaches, without a second look-up.
+void Push(QorShaderValue* value, bool onlyIfModified)
+{
+    // Handles read back from a stream are null: such values have nothing to feed.
+    if (!value || (onlyIfModified && !value->GetModified()) || !value->GetParameter())
+        return;
+    PushValue(*value, value->GetParameter());
+    value->ResetModified();
 }
 
 } // namespace
@@ -51,14 +66,15 @@ void QorShaderEffect::UploadCurrentParameters(bool onlyIfModified)
     const QorShaderValueList* values = parameters->GetValueList();
     if (!values)
         return;
-    for (QorIShaderValue* listed : *values) {
-        auto* value = static_cast<QorShaderValue*>(listed);
-        // Handles read back from a stream are null: such values have nothing to feed.
-        if (!value || (onlyIfModified && !value->GetModified()) || !value->GetParameter())
-            continue;
-        PushValue(*value, value->GetParameter());
-        // The listed value itself: what the set's ResetModified(position + 1) reaches,
-        // without a second look-up per pushed value.
-        value->ResetModified();
+    // A CgFX set lists the values modified since the last upload: only those are visited.
+    QorShaderParameters* ownSet = m_currentOwnSet;
+    if (onlyIfModified && ownSet) {
+        for (int position : ownSet->GetModifiedPositions())
+            Push(static_cast<QorShaderValue*>((*values)[static_cast<std::size_t>(position)]), true);
+    } else {
+        for (QorIShaderValue* listed : *values)
+            Push(static_cast<QorShaderValue*>(listed), onlyIfModified);
     }
+    if (ownSet)
+        ownSet->ClearModifiedPositions();
 }

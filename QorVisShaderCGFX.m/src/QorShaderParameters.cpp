@@ -59,7 +59,7 @@ QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
     m_values.reserve(other.m_values.size());
     for (QorIShaderValue* value : other.m_values)
         if (QorIShaderValue* copy = CopyValue(value))
-            m_values.push_back(copy);
+            AppendValue(copy);
 
     m_interfaces.reserve(other.m_interfaces.size());
     for (const InterfaceEntry& entry : other.m_interfaces)
@@ -165,9 +165,7 @@ QorIShaderValue* QorShaderParameters::TypedValueAt(int index, int type) const
     QorIShaderValue* value = ValueAt(index);
     if (!value || type == 0)
         return value;
-    int actual = 0;
-    value->GetType(&actual);
-    return actual == type ? value : nullptr;
+    return static_cast<QorShaderValue*>(value)->Type() == type ? value : nullptr;
 }
 
 QorIShaderValue* QorShaderParameters::GetValue(int position)
@@ -198,10 +196,11 @@ int QorShaderParameters::SetColorValue(int index, const float* rgba)
     QorIShaderValue* value = ValueAt(index);
     if (!value)
         return -1;
-    // The type is asked but not tested: a float value reports the mismatch itself.
-    int type = 0;
-    value->GetType(&type);
-    value->SetColor(rgba);
+    // A value of another kind reports the mismatch itself.
+    if (QorIsColorType(static_cast<QorShaderValue*>(value)->Type()))
+        static_cast<QorShaderValueColor*>(value)->SetColor(rgba);
+    else
+        value->SetColor(rgba);
     return 0;
 }
 
@@ -210,7 +209,7 @@ int QorShaderParameters::SetFloatValue(int index, float value)
     QorIShaderValue* floatValue = TypedValueAt(index, QorValueFloat);
     if (!floatValue)
         return -1;
-    floatValue->SetFloat(value);
+    static_cast<QorShaderValueFloat*>(floatValue)->SetFloat(value);
     return 0;
 }
 
@@ -346,8 +345,28 @@ int QorShaderParameters::SetThirdTexture(const char* file)
 
 void QorShaderParameters::AppendValue(QorIShaderValue* value)
 {
-    if (std::find(m_values.rbegin(), m_values.rend(), value) == m_values.rend())
-        m_values.push_back(value);
+    if (std::find(m_values.rbegin(), m_values.rend(), value) != m_values.rend())
+        return;
+    const int position = static_cast<int>(m_values.size());
+    m_values.push_back(value);
+    auto* listed = static_cast<QorShaderValue*>(value);
+    listed->SetOwner(this, position);
+    if (listed->GetModified())
+        m_modifiedPositions.push_back(position);
+}
+
+void QorShaderParameters::NoteModified(int position)
+{
+    // Values reset and modified again between uploads are listed again; past a bound the
+    // list is made anew from the flags, so it never outgrows the values.
+    if (m_modifiedPositions.size() >= 2 * m_values.size() + 16) {
+        m_modifiedPositions.clear();
+        for (std::size_t i = 0; i < m_values.size(); ++i)
+            if (m_values[i] && static_cast<QorShaderValue*>(m_values[i])->GetModified())
+                m_modifiedPositions.push_back(static_cast<int>(i));
+        return;
+    }
+    m_modifiedPositions.push_back(position);
 }
 
 void QorShaderParameters::AddParameterValue(CGparameter parameter, QorIShaderValue* value)

@@ -85,6 +85,14 @@ public:
     void AddTextureParameter(CGparameter parameter, const char* file);
     /// Stores a copy of the name; its 0-based position, or -1 for null or out of memory.
     int AddParameterName(const char* name);
+
+    /// Told by a listed value when it becomes modified.
+    void NoteModified(int position);
+    /// Positions (from 0) of the values modified since the last ClearModifiedPositions,
+    /// in the order they were modified; a position may be listed whose value was reset
+    /// since, so readers test the value's flag.
+    const std::vector<int>& GetModifiedPositions() const { return m_modifiedPositions; }
+    void ClearModifiedPositions() { m_modifiedPositions.clear(); }
     /// A new record of the structure instance's float, vector and texture members with
     /// their defaults, owned by the caller until handed to SetInterface; null only when
     /// out of memory. Texture members register their annotated file names.
@@ -141,6 +149,7 @@ private:
     void ReplaceNames(std::vector<QorShaderValueRecords::Name>& names);
 
     QorShaderValueList m_values; // owned values, in the order the effect found them
+    std::vector<int> m_modifiedPositions; // see GetModifiedPositions
     int m_walkCursor = 0;        // the destructor's position in m_values
     char** m_names = nullptr;    // malloc'd array of _strdup'd names (entries may be null)
     int m_nameCount = 0;

@@ -1,5 +1,7 @@
 #include "QorShaderValue.h"
 
+#include "QorShaderParameters.h"
+
 #include "QorDiagnostics/CheckFailure.h"
 
 #include <cstdint>
@@ -7,6 +9,13 @@
 QorShaderValue::~QorShaderValue()
 {
     m_parameter = nullptr;
+}
+
+void QorShaderValue::TellOwner()
+{
+    m_modified = 1;
+    if (m_owner)
+        m_owner->NoteModified(m_position);
 }
 
 int QorShaderValue::GetParameterToken() const

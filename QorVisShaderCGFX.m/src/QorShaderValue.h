@@ -7,6 +7,8 @@
 
 #include <Cg/cg.h>
 
+class QorShaderParameters;
+
 /// Where one kind of value reports an operation that does not fit it: the kind's source
 /// path and the fixed line of each such operation (0 for those the kind performs).
 struct QorShaderValueGuards
@@ -20,6 +22,15 @@ class QorShaderValue : public QorIShaderValue
 public:
     QorShaderValue& operator=(const QorShaderValue&) = delete;
     ~QorShaderValue() override;
+
+    /// Writes the kind's type code, fixed when the value is made.
+    void GetType(int* type) final
+    {
+        if (type)
+            *type = m_type;
+    }
+    /// The type code without a call through the interface, for the hot paths.
+    int Type() const { return m_type; }
 
     // The typed operations a kind does not perform report "Should not happen" at the
     // kind's place, change nothing and read as 0; each kind overrides its own.
@@ -44,20 +55,42 @@ public:
     int GetModified() const { return m_modified; }
     void ResetModified() { m_modified = 0; }
 
+    /// The set that lists this value at `position` (from 0); it is told each time the
+    /// value becomes modified, so that an upload visits only modified values.
+    void SetOwner(QorShaderParameters* owner, int position)
+    {
+        m_owner = owner;
+        m_position = position;
+    }
+
 protected:
-    QorShaderValue(const QorShaderValueGuards& guards, CGparameter parameter)
-        : m_guards(guards), m_parameter(parameter)
+    QorShaderValue(const QorShaderValueGuards& guards, int type, CGparameter parameter)
+        : m_guards(guards), m_type(type), m_parameter(parameter)
     {
     }
-    /// A copy counts as modified whatever the source's flag, and shares the handle.
+    /// A copy counts as modified whatever the source's flag, shares the handle and
+    /// belongs to no set until one lists it.
     QorShaderValue(const QorShaderValue& other)
-        : QorIShaderValue(), m_guards(other.m_guards), m_parameter(other.m_parameter)
+        : QorIShaderValue(), m_guards(other.m_guards), m_type(other.m_type), m_parameter(other.m_parameter)
     {
     }
 
+    /// What every setter does last: the value is modified, and its set learns it once.
+    void MarkModified()
+    {
+        if (!m_modified)
+            TellOwner();
+    }
+
     const QorShaderValueGuards& m_guards; // the kind's static table
+    const int m_type;
     int m_modified = 1;
+    QorShaderParameters* m_owner = nullptr; // borrowed: the set that lists the value
+    int m_position = 0;
     // Borrowed: a parameter of the one shared effect. Copies of a set keep the same raw
     // handle on purpose, as they mirror the same parameter; it is never destroyed here.
     CGparameter m_parameter = nullptr;
+
+private:
+    void TellOwner();
 };

@@ -4,6 +4,8 @@
 
 #include "QorShaderValue.h"
 
+#include <algorithm>
+
 class QorShaderValueColor final : public QorShaderValue
 {
 public:
@@ -13,18 +15,28 @@ public:
     QorShaderValueColor(CGparameter parameter, const float* values, int count);
     QorShaderValueColor(const QorShaderValueColor& other);
 
-    void GetType(int* type) override;
     int GetColor(float* values) override;
-    /// Copies component-count floats from `values`.
-    void SetColor(const float* values) override;
+    /// Copies component-count floats from `values`. Inline: it runs for every colour a
+    /// renderer changes, every frame.
+    void SetColor(const float* values) override
+    {
+        if (!values)
+            return;
+        std::copy(values, values + MovedCount(), m_components);
+        MarkModified();
+    }
     /// Copies component-count floats into the float array `out`.
     int Get(void* out) override;
 
     int GetComponentCount() const { return m_count; }
+    /// The four stored components (those beyond the count are 0).
+    const float* Components() const { return m_components; }
 
 private:
-    /// How many floats a read or a write moves.
-    int MovedCount() const;
+    /// How many floats a read or a write moves. A count above 4 stays visible (type 2,
+    /// GetComponentCount) but reads and writes stop at the four stored floats: moving more
+    /// would run past the storage.
+    int MovedCount() const { return std::clamp(m_count, 0, 4); }
 
     float m_components[4] = {};
     int m_count;

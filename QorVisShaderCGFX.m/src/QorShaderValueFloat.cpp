@@ -9,26 +9,14 @@ const QorShaderValueGuards kGuards = {"QorVisShaderCGFX.m/src/QorShaderValueFloa
 } // namespace
 
 QorShaderValueFloat::QorShaderValueFloat(CGparameter parameter, float value)
-    : QorShaderValue(kGuards, parameter), m_value(value)
+    : QorShaderValue(kGuards, QorValueFloat, parameter), m_value(value)
 {
-}
-
-void QorShaderValueFloat::GetType(int* type)
-{
-    if (type)
-        *type = QorValueFloat;
 }
 
 int QorShaderValueFloat::GetFloat(float* value)
 {
     Get(value);
     return m_modified;
-}
-
-void QorShaderValueFloat::SetFloat(float value)
-{
-    m_value = value;
-    m_modified = 1;
 }
 
 int QorShaderValueFloat::Get(void* out)

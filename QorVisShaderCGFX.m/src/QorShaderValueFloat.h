@@ -11,11 +11,17 @@ public:
     QorShaderValueFloat(CGparameter parameter, float value);
     QorShaderValueFloat(const QorShaderValueFloat& other) : QorShaderValue(other), m_value(other.m_value) {}
 
-    void GetType(int* type) override;
     int GetFloat(float* value) override;
-    void SetFloat(float value) override;
+    /// Inline: it runs for every float a renderer changes, every frame.
+    void SetFloat(float value) override
+    {
+        m_value = value;
+        MarkModified();
+    }
     /// Stores the value at the float `out`.
     int Get(void* out) override;
+
+    float Value() const { return m_value; }
 
 private:
     float m_value;

@@ -18,7 +18,7 @@ char* CopyFile(const char* file)
 } // namespace
 
 QorShaderValueString::QorShaderValueString(CGparameter parameter, const char* file)
-    : QorShaderValue(kGuards, parameter), m_file(CopyFile(file))
+    : QorShaderValue(kGuards, QorValueTexture, parameter), m_file(CopyFile(file))
 {
 }
 
@@ -30,12 +30,6 @@ QorShaderValueString::QorShaderValueString(const QorShaderValueString& other)
 QorShaderValueString::~QorShaderValueString()
 {
     std::free(m_file);
-}
-
-void QorShaderValueString::GetType(int* type)
-{
-    if (type)
-        *type = QorValueTexture;
 }
 
 int QorShaderValueString::GetString(char** file)
@@ -50,7 +44,7 @@ void QorShaderValueString::SetString(const char* file)
     char* copy = CopyFile(file);
     std::free(m_file);
     m_file = copy;
-    m_modified = 1;
+    MarkModified();
 }
 
 int QorShaderValueString::Get(void* out)

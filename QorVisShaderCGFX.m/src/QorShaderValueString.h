@@ -16,7 +16,6 @@ public:
     QorShaderValueString(const QorShaderValueString& other);
     ~QorShaderValueString() override;
 
-    void GetType(int* type) override;
     /// The value's own string, not a copy: freed by the next SetString.
     int GetString(char** file) override;
     /// Replaces the file with a copy of `file`; null clears it.

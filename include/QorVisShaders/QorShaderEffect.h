@@ -129,7 +129,10 @@ public:
     /// since the last push are skipped. Each pushed value is marked unmodified.
     void UploadCurrentParameters(bool onlyIfModified);
     /// Stores the set drawing uses (a shader object's own set); not owned.
-    void SetIShaderParameters(QorIShaderParameters* parameters) { m_interfaceParameters = parameters; }
+    void SetIShaderParameters(QorIShaderParameters* parameters);
+    /// The same for a CgFX shader object's own set, known without asking its type: it
+    /// lists its modified values, so that an upload visits only those.
+    void SelectParameters(QorShaderParameters* parameters);
     /// The default parameter set built by the last binding; null before.
     QorShaderParameters* GetParameters() const { return m_parameters; }
     /// The Cg parameter behind user parameter `index` (from 1, as in the parameter sets
@@ -183,6 +186,7 @@ private:
     int validateFromCurrentTechnique(bool fetchErrorText);
 
     QorIShaderParameters* m_interfaceParameters = nullptr; // not owned: the current shader's set
+    QorShaderParameters* m_currentOwnSet = nullptr;        // the same when it is a CgFX set, else null
     QorShaderParameters* m_parameters = nullptr;            // owned: the default set from binding
     unsigned int m_lightModel = 0;
     int m_needTanBin = 0;
