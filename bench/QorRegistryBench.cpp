@@ -236,7 +236,7 @@ int main(int argc, char** argv)
                 benchmark->Args({size, size});
             }
         }
-        // Each operation here moves or scans entries by position; every entry is visited.
+        // Removal from the effect registry and hand-backs to the destroy list, every entry visited.
         for (const auto& [name, function] : {std::pair{"EffectReregister", EffectReregister},
                                              std::pair{"TextureHandBack", TextureHandBack}}) {
             benchmark::internal::Benchmark* benchmark = benchmark::RegisterBenchmark(name, function);

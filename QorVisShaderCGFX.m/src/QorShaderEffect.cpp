@@ -10,6 +10,7 @@
 #include "QorVisFoundation/QorStreamer.h"
 
 #include <algorithm>
+#include <list>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -18,12 +19,14 @@
 namespace {
 
 // The registry keeps the order of registration (first match wins when scanning) and
-// indexes by name and by effect so lookups stay fast with many effects.
+// indexes by name and by effect, so that look-ups and removals take constant time
+// whatever the number of effects.
 struct EffectRegistry
 {
-    std::vector<std::unique_ptr<QorShaderEffectAndName>> entries;
-    std::unordered_map<std::string, QorShaderEffectAndName*> byName;
-    std::unordered_map<const QorShaderEffect*, QorShaderEffectAndName*> byEffect;
+    using Entries = std::list<QorShaderEffectAndName>;
+    Entries entries;
+    std::unordered_map<std::string, Entries::iterator> byName;
+    std::unordered_map<const QorShaderEffect*, Entries::iterator> byEffect;
 };
 
 EffectRegistry& _listShaderEffectName()
@@ -107,14 +110,14 @@ QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const char* name)
 {
     const auto& byName = _listShaderEffectName().byName;
     const auto found = byName.find(name ? name : "");
-    return found == byName.end() ? nullptr : found->second;
+    return found == byName.end() ? nullptr : &*found->second;
 }
 
 QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const QorShaderEffect* effect)
 {
     const auto& byEffect = _listShaderEffectName().byEffect;
     const auto found = byEffect.find(effect);
-    return found == byEffect.end() ? nullptr : found->second;
+    return found == byEffect.end() ? nullptr : &*found->second;
 }
 
 QorShaderEffect* QorShaderEffect::AddShaderEffect(const char* name)
@@ -133,25 +136,24 @@ QorShaderEffect* QorShaderEffect::AddShaderEffect(const char* name)
     if (!effect)
         return nullptr;
     EffectRegistry& registry = _listShaderEffectName();
-    registry.entries.push_back(std::make_unique<QorShaderEffectAndName>(name, effect));
-    registry.byName.emplace(name, registry.entries.back().get());
-    registry.byEffect.emplace(effect, registry.entries.back().get());
+    const auto entry = registry.entries.emplace(registry.entries.end(), name, effect);
+    registry.byName.emplace(name, entry);
+    registry.byEffect.emplace(effect, entry);
     effect->SetName(_strdup(name));
     return effect;
 }
 
 void QorShaderEffect::RemoveShaderEffect(const QorShaderEffect* effect)
 {
-    QorShaderEffectAndName* entry = GetShaderEffect(effect);
-    if (!entry)
-        return;
     EffectRegistry& registry = _listShaderEffectName();
+    const auto found = registry.byEffect.find(effect);
+    if (found == registry.byEffect.end())
+        return;
+    const EffectRegistry::Entries::iterator entry = found->second;
     registry.byName.erase(entry->GetName());
-    registry.byEffect.erase(effect);
-    // Later entries move down one place; the order of the others is kept.
-    const auto position = std::find_if(registry.entries.rbegin(), registry.entries.rend(),
-                                       [entry](const auto& candidate) { return candidate.get() == entry; });
-    registry.entries.erase(std::next(position).base());
+    registry.byEffect.erase(found);
+    // The order of the other entries is kept.
+    registry.entries.erase(entry);
 }
 
 void QorShaderEffect::SetName(char* name)

@@ -1,72 +1,103 @@
 // The shared texture registry of QorShaderManager: one counted record per file name,
-// retired through the destroy list at a moment the renderer chooses.
+// retired through the destroy list at a moment the renderer chooses. Look-ups, hand-backs
+// and removals take constant time, whatever the number of textures.
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderTexture.h"
 
 #include "QorVisFoundation/QorGLServices.h"
 
-#include <algorithm>
+#include <memory>
 #include <new>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
 
-std::map<QorString, QorShaderTexture*> QorShaderManager::_sMapShaderTexture;
-std::vector<QorShaderTexture*> QorShaderManager::_sListShaderTextureToDestroy;
+// The names are kept by the map itself, so that a record whose own copy of its name was
+// freed (a reloaded default texture) can still be found and removed.
+struct QorShaderTextureMap
+{
+    struct Entry
+    {
+        std::string name;
+        QorShaderTexture* texture = nullptr;
+    };
+    // Keys view the names of the entries, which never move.
+    std::unordered_map<std::string_view, std::unique_ptr<Entry>> byName;
+    std::unordered_map<const QorShaderTexture*, std::string_view> nameOf;
+};
+
+struct QorShaderTextureList
+{
+    std::vector<QorShaderTexture*> order; // as handed back
+    std::unordered_set<const QorShaderTexture*> listed;
+};
+
+QorShaderTextureMap QorShaderManager::_sMapShaderTexture;
+QorShaderTextureList QorShaderManager::_sListShaderTextureToDestroy;
 
 QorShaderTexture* QorShaderManager::GetShaderTexture(const char* name)
 {
     if (!name)
         return nullptr;
-    const auto found = _sMapShaderTexture.find(QorString(name));
-    return found == _sMapShaderTexture.end() ? nullptr : found->second;
+    const auto found = _sMapShaderTexture.byName.find(name);
+    return found == _sMapShaderTexture.byName.end() ? nullptr : found->second->texture;
 }
 
 QorShaderTexture* QorShaderManager::AddShaderTexture(const char* name)
 {
     if (!name)
         return nullptr;
-    QorShaderTexture*& entry = _sMapShaderTexture[QorString(name)];
-    // A null entry is left by an earlier allocation failure: try again.
-    if (!entry)
-        entry = new (std::nothrow) QorShaderTexture(name);
-    if (entry)
-        entry->AddRef(); // the map keeps the first reference, the caller gets this one
-    return entry;
+    QorShaderTextureMap& map = _sMapShaderTexture;
+    auto found = map.byName.find(name);
+    if (found == map.byName.end()) {
+        auto entry = std::make_unique<QorShaderTextureMap::Entry>();
+        entry->name = name;
+        const std::string_view key = entry->name;
+        found = map.byName.emplace(key, std::move(entry)).first;
+    }
+    QorShaderTextureMap::Entry& entry = *found->second;
+    // A null record is left by an earlier allocation failure: try again.
+    if (!entry.texture) {
+        entry.texture = new (std::nothrow) QorShaderTexture(name);
+        if (entry.texture)
+            map.nameOf[entry.texture] = found->first;
+    }
+    if (entry.texture)
+        entry.texture->AddRef(); // the map keeps the first reference, the caller gets this one
+    return entry.texture;
 }
 
 void QorShaderManager::AddShaderTextureToDestroyList(QorShaderTexture* texture)
 {
     if (!texture)
         return;
-    std::vector<QorShaderTexture*>& list = _sListShaderTextureToDestroy;
-    if (std::find(list.rbegin(), list.rend(), texture) == list.rend())
-        list.push_back(texture);
+    QorShaderTextureList& list = _sListShaderTextureToDestroy;
+    if (list.listed.insert(texture).second)
+        list.order.push_back(texture);
     texture->Release();
 }
 
 namespace {
 
-// Removes the map entry of a texture about to be destroyed. By name when the record
-// still has it; a record whose name was freed (a reloaded default texture) is found by
-// pointer, so the map never keeps a pointer to a destroyed record.
-void UnregisterTexture(std::map<QorString, QorShaderTexture*>& map, QorShaderTexture* texture)
+// Removes the map entry of a texture about to be destroyed, found by the record itself,
+// so the map never keeps a pointer to a destroyed record.
+void UnregisterTexture(QorShaderTextureMap& map, QorShaderTexture* texture)
 {
-    if (texture->GetName()) {
-        const auto entry = map.find(QorString(texture->GetName()));
-        if (entry != map.end() && entry->second == texture)
-            map.erase(entry);
+    const auto name = map.nameOf.find(texture);
+    if (name == map.nameOf.end())
         return;
-    }
-    for (auto entry = map.begin(); entry != map.end(); ++entry)
-        if (entry->second == texture) {
-            map.erase(entry);
-            return;
-        }
+    const std::string_view key = name->second;
+    map.nameOf.erase(name);
+    map.byName.erase(key);
 }
 
 } // namespace
 
 void QorShaderManager::CleanShaderTextureToDestroyList()
 {
-    for (QorShaderTexture* texture : _sListShaderTextureToDestroy) {
+    for (QorShaderTexture* texture : _sListShaderTextureToDestroy.order) {
         if (!texture)
             break;
         // Someone took a new reference after listing it: it stays.
@@ -77,5 +108,6 @@ void QorShaderManager::CleanShaderTextureToDestroyList()
             DeleteDLTexture(texture->GetID());
         texture->Release();
     }
-    std::vector<QorShaderTexture*>().swap(_sListShaderTextureToDestroy);
+    std::vector<QorShaderTexture*>().swap(_sListShaderTextureToDestroy.order);
+    _sListShaderTextureToDestroy.listed.clear();
 }

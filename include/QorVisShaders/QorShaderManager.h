@@ -12,13 +12,13 @@
 #include "QorVisShaders/QorFxImplementation.h"
 
 #include <cstdint>
-#include <map>
-#include <vector>
 
 class QorIShader;
 class QorIShaderEffect;
 class QorOGLRender;
 class QorShaderTexture;
+struct QorShaderTextureMap;
+struct QorShaderTextureList;
 
 /// The renderer's light settings; this library only clears the light-properties block.
 struct _LightsParameters
@@ -92,8 +92,9 @@ private:
     static void setFxImplementation(QorFxImplementation implementation);
 
     static QorFxImplementation s_ShaderVersion;
-    /// Holds one reference of each texture it lists.
-    static std::map<QorString, QorShaderTexture*> _sMapShaderTexture;
-    /// References handed back, waiting for the next clean.
-    static std::vector<QorShaderTexture*> _sListShaderTextureToDestroy;
+    /// The textures by name, each holding one reference; hashed, so look-ups do not grow
+    /// with the number of textures. Its type is the library's own.
+    static QorShaderTextureMap _sMapShaderTexture;
+    /// References handed back, waiting for the next clean, each listed once.
+    static QorShaderTextureList _sListShaderTextureToDestroy;
 };
