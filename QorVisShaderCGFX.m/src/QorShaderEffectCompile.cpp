@@ -68,6 +68,9 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
     {
         QorShaderIncludeSession includes(m_context.Get());
         m_effect = cgCreateEffect(m_context.Get(), m_source.c_str(), nullptr);
+        m_missingIncludes.clear();
+        for (const std::string& name : includes.GetMissing())
+            m_missingIncludes.emplace_back(name.c_str());
     }
     if (!m_effect) {
         writeErrorFile(cgGetErrorString(cgGetError()), cgGetLastListing(m_context.Get()));

@@ -118,12 +118,16 @@ const std::optional<std::string>& QorShaderIncludeSession::Text(const std::strin
             text = std::move(content);
         else
             CheckFailure__("Impossible to read shader file", kSource, 162);
+        if (!text)
+            m_missing.push_back(name.substr(1));
         return text;
     }
-    if (const char* stored = QorShaderIncludeManager::Instance().GetInclude(QorString(name.c_str() + 1)))
+    if (const char* stored = QorShaderIncludeManager::Instance().GetInclude(QorString(name.c_str() + 1))) {
         text = std::string(stored);
-    else
+    } else {
         CheckFailure__("Shader include is not in manager", kSource, 178);
+        m_missing.push_back(name.substr(1));
+    }
     return text;
 }
 

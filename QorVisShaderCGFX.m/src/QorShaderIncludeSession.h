@@ -33,6 +33,9 @@ public:
     /// a leading "/") into the context, or reports why it cannot.
     static void ResolveInclude(CGcontext context, const char* name);
 
+    /// The includes that could not be found, by the names the effect wrote, each once.
+    const std::vector<std::string>& GetMissing() const { return m_missing; }
+
 private:
     /// One inclusion the preprocessor reached: the include's name and where it stands.
     struct Inclusion
@@ -54,4 +57,5 @@ private:
     CGcontext m_context;
     std::vector<Inclusion> m_inclusions;
     std::map<std::string, std::optional<std::string>> m_texts;
+    std::vector<std::string> m_missing;
 };

@@ -161,6 +161,10 @@ public:
     /// What the last compilation reported when it failed: the Cg runtime's message and
     /// the compiler's listing, the text the error file receives; empty after a success.
     const QorString& GetCompileErrors() const { return m_compileErrors; }
+    /// The includes the last compilation asked for and could not find, as the effect
+    /// names them: files ending ".cgh"/".hfx" found nowhere under "shaders\" of
+    /// "QorGraphicPath" or "QorStartupPath", or other names not in QorShaderIncludeManager.
+    const std::vector<QorString>& GetMissingIncludes() const { return m_missingIncludes; }
 
     QorShaderEffect(const QorShaderEffect&) = delete;
     QorShaderEffect& operator=(const QorShaderEffect&) = delete;
@@ -219,4 +223,5 @@ private:
     // they are destroyed with the effect rather than at recompilation.
     std::vector<QorCgContextHolder> m_retiredContexts;
     QorString m_compileErrors;
+    std::vector<QorString> m_missingIncludes;
 };

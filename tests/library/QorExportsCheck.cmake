@@ -6,7 +6,7 @@ execute_process(COMMAND nm -D --defined-only -C ${LIBRARY} OUTPUT_VARIABLE listi
 if(failed)
   message(FATAL_ERROR "nm failed on ${LIBRARY}")
 endif()
-set(exported readTexture QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
+set(exported readTexture QorFindShaderFile QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
   QorIShader QorIShaderEffect QorIShaderParameters QorIShaderValue)
 set(required "QorShaderManager::CreateShader" "QorShaderManager::AddShaderTexture" "readTexture"
   "QorShaderEffect::AddShaderEffect" "QorShaderIncludeManager::Instance" "typeinfo for QorIShader\n")

@@ -4,6 +4,7 @@
 #include "QorVisFoundation/QorTexturePixelImage.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <array>
 #include <sys/stat.h>
@@ -74,4 +75,55 @@ TEST(QorfxGLTest, SeveralInputsMakeAContactSheet)
     ASSERT_TRUE(picture.image);
     EXPECT_EQ(picture.image->GetWidth(), 2u * 64u) << "two columns for three tiles";
     EXPECT_EQ(picture.image->GetHeight(), 2u * (48u + 22u)) << "two rows, each with a label strip";
+}
+
+TEST(QorfxGLTest, ValuesThatChooseProgramsApplyBeforeTechniquesAreChecked)
+{
+    QorTempDir dir;
+    const std::string effect = QorfxData("program_choice.cgfx");
+    const nlohmann::json inspected = nlohmann::json::parse(RunQorfx("inspect --json " + effect).out);
+    EXPECT_EQ(inspected["techniques"][0]["valid"], false) << "the default program is vendor-only";
+    const QorfxResult byDefault = RunQorfx("render " + effect + " --size 32x32 -o " + dir.File("default.png"));
+    EXPECT_EQ(byDefault.exitCode, 1) << "inspect and render agree";
+    EXPECT_NE(byDefault.err.find("no technique"), std::string::npos) << byDefault.err;
+
+    const QorfxResult chosen =
+        RunQorfx("render " + effect + " --set Program=1 --mesh quad --size 32x32 -o " + dir.File("chosen.png"));
+    ASSERT_EQ(chosen.exitCode, 0) << chosen.err;
+    const auto centre = Read(dir.File("chosen.png")).At(16, 16);
+    EXPECT_GT(centre[0], 200);
+    EXPECT_GT(centre[1], 170);
+    EXPECT_LT(centre[2], 60) << "the yellow of the program the value chose";
+}
+
+TEST(QorfxGLTest, InspectCallsValidWhatRenderDraws)
+{
+    QorTempDir dir;
+    const std::string effect = QorfxData("blend_states.cgfx");
+    const nlohmann::json techniques = nlohmann::json::parse(RunQorfx("inspect --json " + effect).out)["techniques"];
+    ASSERT_EQ(techniques.size(), 2u);
+    EXPECT_EQ(techniques[0]["valid"], false);
+    EXPECT_EQ(techniques[1]["valid"], true);
+    const QorfxResult drawn =
+        RunQorfx("render " + effect + " --technique Blended --size 32x32 -o " + dir.File("blended.png"));
+    EXPECT_EQ(drawn.exitCode, 0) << drawn.err;
+}
+
+TEST(QorfxGLTest, AMaterialThatCannotBeDrawnGetsACrossedTileAndTheOthersAreDrawn)
+{
+    QorTempDir dir;
+    const QorfxResult sheet = RunQorfx("render " + QorfxSample("materials/plastic.cgfx") + " " +
+                                       QorfxData("program_choice.cgfx") + " " + QorfxSample("materials/toon.cgfx") +
+                                       " --size 64x64 -o " + dir.File("sheet.png"));
+    EXPECT_EQ(sheet.exitCode, 1);
+    EXPECT_NE(sheet.err.find("1 of 3 materials could not be drawn"), std::string::npos) << sheet.err;
+    Picture picture = Read(dir.File("sheet.png"));
+    ASSERT_TRUE(picture.image) << "the sheet is written all the same";
+    const auto crossing = picture.At(64 + 2, 2); // the cross starts in the failed tile's corner
+    EXPECT_GT(crossing[0], 180);
+    EXPECT_LT(crossing[1], 100);
+    const auto failedTile = picture.At(64 + 5, 50); // off the cross and the reason
+    EXPECT_GT(failedTile[0], failedTile[2] + 30) << "a dark red tile";
+    const auto plastic = picture.At(32, 32);
+    EXPECT_GT(plastic[0], 100) << "the materials around it are drawn";
 }

@@ -29,6 +29,12 @@ inline QorfxResult RunQorfx(const std::string& arguments)
     return result;
 }
 
+/// An effect of the tool's tests, under tests/data/qorfx.
+inline std::string QorfxData(const char* name)
+{
+    return std::string(QOR_TEST_DATA_DIR) + "/qorfx/" + name;
+}
+
 inline std::string QorfxSample(const char* relative)
 {
     return std::string(QOR_SAMPLES_DIR) + "/" + relative;

@@ -87,7 +87,7 @@ TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
         {"--include nothing.fxh=" + dir.File("none.fxh") + " inspect " + plastic, 1, "cannot read the include file"},
         {"--include =x inspect " + plastic, 2, "--include takes NAME=FILE"},
         {"inspect", 2, ""},
-        {"inspect " + dir.File("missing.cgfx"), 1, "missing.cgfx: cannot read the file"},
+        {"inspect " + dir.File("missing.cgfx"), 1, "missing.cgfx: no such effect file"},
         {"inspect " + QorfxSample("effects/broken.cgfx"), 1, "does not compile"},
         {"inspect " + dir.File("broken.zpk"), 1, "broken.zpk"},
         {"render " + plastic, 2, ""},
@@ -100,7 +100,7 @@ TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
         {"render " + plastic + " -o " + out + " --mesh torus", 2, "--mesh"},
         {"render " + plastic + " -o " + out + " --env bogus", 2, "--env"},
         {"pack " + plastic, 2, ""},
-        {"pack " + dir.File("missing.cgfx") + " -o " + dir.File("p.zpk"), 1, "cannot read the file"},
+        {"pack " + dir.File("missing.cgfx") + " -o " + dir.File("p.zpk"), 1, "no such effect file"},
         {"pack " + plastic + " --set Diffuse -o " + dir.File("p.zpk"), 2, "--set takes NAME=VALUE"},
         {"pack " + plastic + " --set Shine=1 -o " + dir.File("p.zpk"), 1, "no parameter \"Shine\""},
         {"pack " + plastic + " --set Glossiness=1,2 -o " + dir.File("p.zpk"), 1, "takes one number"},
@@ -172,4 +172,36 @@ TEST(QorfxTest, PackUnpackAndInspectKeepTheMaterial)
     EXPECT_NE(QorReadFile(dir.File("out/textured.cgfx")).find("technique TexturedARB"), std::string::npos);
     EXPECT_EQ(QorReadFile(dir.File("out/checker.png")).substr(1, 3), "PNG");
     EXPECT_EQ(nlohmann::json::parse(QorReadFile(dir.File("out/material.json")))["parameters"][1]["value"], 3.0);
+}
+
+TEST(QorfxTest, MissingIncludesAreNamedWithWhereTheyWereLookedFor)
+{
+    const QorfxResult result = RunQorfx("inspect " + QorfxData("missing_include.cgfx"));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("does not compile"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("include \"lighting.cg\" was not found"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("--include lighting.cg=FILE"), std::string::npos) << result.err;
+
+    QorTempDir dir;
+    dir.Write("lighting.cg", "float4 Light() { return 1; }\n");
+    EXPECT_EQ(RunQorfx("--include lighting.cg=" + dir.File("lighting.cg") + " inspect " +
+                       QorfxData("missing_include.cgfx"))
+                  .exitCode,
+              0)
+        << "registering it as the advice says is enough";
+}
+
+TEST(QorfxTest, EffectsAreFoundWhereTheLibraryFindsThem)
+{
+    QorTempDir graphic;
+    graphic.Write("shaders/only_here.cgfx", QorReadFile(QorfxSample("materials/plastic.cgfx")));
+    const std::string paths = graphic.Path() + ";" + QOR_SAMPLES_DIR; // the lighting include
+    QorScopedEnv graphicPath("QorGraphicPath", paths.c_str());
+    QorScopedEnv startup("QorStartupPath", nullptr);
+    const QorfxResult result = RunQorfx("inspect --json only_here.cgfx");
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const nlohmann::json description = nlohmann::json::parse(result.out);
+    EXPECT_EQ(description["file"], graphic.File("shaders/only_here.cgfx")) << "it says where the file was found";
+    EXPECT_EQ(description["parameters"][0]["name"], "Diffuse");
+    EXPECT_NE(RunQorfx("inspect elsewhere.cgfx").err.find("no such effect file"), std::string::npos);
 }

@@ -5,6 +5,7 @@
 /// the rest of the tool speaks to the shader object and this interface only.
 #pragma once
 
+#include "QorfxIncludes.h"
 #include "QorfxScene.h"
 
 #include <nlohmann/json.hpp>
@@ -38,12 +39,16 @@ public:
     virtual void DescribeEffect(nlohmann::json& description) = 0;
     /// The errors of the last failed compilation, as the implementation reports them.
     virtual std::string CompileErrors() = 0;
+    /// The includes the last compilation could not find.
+    virtual std::vector<QorfxMissingInclude> MissingIncludes() = 0;
 
     /// Sets up the current GL context the way drawing needs it. Inspecting and drawing
     /// both call it, so that a technique that validates can be drawn.
     virtual void PrepareContext() = 0;
     /// Selects the environment; an empty string, or why it cannot be had.
     virtual std::string SetEnvironment(const QorfxView& view, unsigned int skyTexture) = 0;
+    /// Pushes the shader's current values into the effect.
+    virtual void PushValues() = 0;
     /// Validates the current technique, moving on to the first that validates; false
     /// when none runs on this GL driver.
     virtual bool Validate() = 0;

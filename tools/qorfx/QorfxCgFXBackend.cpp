@@ -103,6 +103,17 @@ std::string QorfxCgFXBackend::CompileErrors()
     return m_effect.GetCompileErrors().c_str();
 }
 
+std::vector<QorfxMissingInclude> QorfxCgFXBackend::MissingIncludes()
+{
+    std::vector<QorfxMissingInclude> missing;
+    for (const QorString& name : m_effect.GetMissingIncludes()) {
+        // The CgFX compiler reads names with these suffixes from files, all others from memory.
+        const std::string text = name.c_str();
+        missing.push_back({text, text.find(".cgh") != std::string::npos || text.find(".hfx") != std::string::npos});
+    }
+    return missing;
+}
+
 void QorfxCgFXBackend::PrepareContext()
 {
     // Texture parameters bind their GL textures themselves when a pass is set.
@@ -125,6 +136,11 @@ std::string QorfxCgFXBackend::SetEnvironment(const QorfxView& view, unsigned int
     m_effect.updateEnvModel(QorEnvironmentColor);
     Set(m_effect.GetEnvironmentMember(0), view.environment[0], view.environment[1], view.environment[2]);
     return "";
+}
+
+void QorfxCgFXBackend::PushValues()
+{
+    m_effect.UploadCurrentParameters(false);
 }
 
 bool QorfxCgFXBackend::Validate()
@@ -183,7 +199,7 @@ void QorfxCgFXBackend::Draw(const QorfxView& view, const std::vector<QorfxVertex
 {
     SetLights();
     SetMatrices(view);
-    m_effect.UploadCurrentParameters(false);
+    PushValues();
     for (int index = 1; index < m_shader.GetNbParameters(); ++index)
         if (m_shader.GetParameterType(index) == QorValueTexture)
             cgSetSamplerState(m_effect.GetUserParameter(index));

@@ -17,8 +17,10 @@ public:
     void DescribeParameter(int index, nlohmann::json& entry) override;
     void DescribeEffect(nlohmann::json& description) override;
     std::string CompileErrors() override;
+    std::vector<QorfxMissingInclude> MissingIncludes() override;
     void PrepareContext() override;
     std::string SetEnvironment(const QorfxView& view, unsigned int skyTexture) override;
+    void PushValues() override;
     bool Validate() override;
     void Draw(const QorfxView& view, const std::vector<QorfxVertex>& mesh) override;
 

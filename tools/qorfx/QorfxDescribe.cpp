@@ -72,6 +72,7 @@ json QorfxDescribe(QorfxMaterial& material, bool validate)
     float current = 0;
     material.Shader().GetParameterFloat(0, &current);
     json description = {{"effect", material.Name()},
+                        {"file", material.File()},
                         {"currentTechnique", static_cast<int>(current)},
                         {"techniques", material.Backend().Techniques(validate)},
                         {"parameters", Parameters(material)}};
@@ -81,7 +82,8 @@ json QorfxDescribe(QorfxMaterial& material, bool validate)
 
 void QorfxPrintDescription(const json& description)
 {
-    std::printf("effect %s\n", description["effect"].get<std::string>().c_str());
+    std::printf("effect %s (%s)\n", description["effect"].get<std::string>().c_str(),
+                description["file"].get<std::string>().c_str());
     std::printf("techniques:\n");
     for (const json& technique : description["techniques"]) {
         const json& valid = technique["valid"];

@@ -4,6 +4,9 @@
 #include "QorSystem/QorFiles.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
+#include "QorfxIncludes.h"
+
+#include "QorVisShaders/QorShaderFiles.h"
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
@@ -90,18 +93,18 @@ std::vector<float> ParseFloats(const std::string& text)
     return values;
 }
 
-QorIShader* NewShader(const std::string& path, std::string& error)
+QorIShader* NewShader(const std::string& path, QorfxLoadProblem& problem)
 {
     QorIShader* shader = QorShaderManager::CreateShader();
     if (!shader)
-        error = path + ": this process's effect implementation (ShaderVersion) makes no shader objects";
+        problem = {"version", path + ": this process's effect implementation (ShaderVersion) makes no shader objects",
+                   ""};
     return shader;
 }
 
 } // namespace
 
-bool QorfxMaterial::Compile(const std::string& path, std::string& error, std::string& compileErrors,
-                            const std::function<bool()>& attach)
+bool QorfxMaterial::Compile(const std::string& path, QorfxLoadProblem& problem, const std::function<bool()>& attach)
 {
     EnsureTempFolder();
     bool generated = false;
@@ -110,68 +113,69 @@ bool QorfxMaterial::Compile(const std::string& path, std::string& error, std::st
         generated = attach();
     }
     if (!m_shader->HasEffect()) {
-        error = path + ": cannot read the file";
+        problem = {"missing", path + ": cannot read the file", ""};
         return false;
     }
     m_backend = QorfxMakeBackend(*m_shader);
     if (!m_backend) {
-        error = path + ": this tool has no back end for the effect's implementation";
+        problem = {"backend", path + ": this tool has no back end for the effect's implementation", ""};
         return false;
     }
     if (!generated) {
-        compileErrors = m_backend->CompileErrors();
-        error = path + ": the effect does not compile";
+        problem = {"compile", path + ": the effect does not compile",
+                   m_backend->CompileErrors() + QorfxIncludeAdvice(m_backend->MissingIncludes())};
         return false;
     }
     return true;
 }
 
-std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, std::string& error,
-                                                   std::string& compileErrors)
+std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, QorfxLoadProblem& problem)
 {
-    if (QorFileAccess(path.c_str(), 4) != 0) {
-        error = path + ": cannot read the file";
+    // The library's own search decides where the file is, so the tool finds what a renderer would.
+    QorString found;
+    if (!QorFindShaderFile(QorString(path.c_str()), found)) {
+        problem = {"missing", path + ": no such effect file, as named or along QorStartupPath and QorGraphicPath", ""};
         return nullptr;
     }
-    QorIShader* shader = NewShader(path, error);
+    QorIShader* shader = NewShader(path, problem);
     if (!shader)
         return nullptr;
+    const fs::path file = fs::absolute(fs::path(QorNativePath(found.c_str())));
     auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
-    material->m_folder = fs::absolute(fs::path(path)).parent_path().string() + "/";
-    QorfxAddSearchFolders(path);
-    const bool compiled = material->Compile(path, error, compileErrors, [&] {
-        shader->SetFileName(QorString(fs::absolute(fs::path(path)).string().c_str()));
+    material->m_file = file.string();
+    material->m_folder = file.parent_path().string() + "/";
+    QorfxAddSearchFolders(material->m_file);
+    const bool compiled = material->Compile(path, problem, [&] {
+        shader->SetFileName(QorString(material->m_file.c_str()));
         return shader->HasEffect() && shader->GenerateParameters();
     });
     return compiled ? std::move(material) : nullptr;
 }
 
-std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadPackage(const std::string& path, std::string& error,
-                                                          std::string& compileErrors)
+std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadPackage(const std::string& path, QorfxLoadProblem& problem)
 {
     QorResourceZPKContainer container;
     QorStreamer stream;
     std::string reason;
     if (container.LoadFromFile(path.c_str(), stream, &reason) != 0) {
-        error = path + ": " + reason;
+        problem = {"package", path + ": " + reason, ""};
         return nullptr;
     }
-    QorIShader* shader = NewShader(path, error);
+    QorIShader* shader = NewShader(path, problem);
     if (!shader)
         return nullptr;
     auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
-    const bool compiled = material->Compile(path, error, compileErrors, [&] {
+    material->m_file = path;
+    const bool compiled = material->Compile(path, problem, [&] {
         shader->UnStream(stream);
         return !stream.IsFailed() && shader->GetNbParameters() > 0;
     });
     return compiled ? std::move(material) : nullptr;
 }
 
-std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadAny(const std::string& path, std::string& error,
-                                                      std::string& compileErrors)
+std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadAny(const std::string& path, QorfxLoadProblem& problem)
 {
-    return fs::path(path).extension() == ".zpk" ? LoadPackage(path, error, compileErrors)
-                                               : Load(path, error, compileErrors);
+    return fs::path(path).extension() == ".zpk" ? LoadPackage(path, problem) : Load(path, problem);
 }
 
 QorfxMaterial::QorfxMaterial(QorIShader* shader, std::string name) : m_shader(shader), m_name(std::move(name)) {}

@@ -11,20 +11,26 @@
 #include <memory>
 #include <string>
 
+/// Why a material could not be loaded.
+struct QorfxLoadProblem
+{
+    std::string word;    ///< one word for a contact sheet's tile: "missing", "compile", ...
+    std::string message; ///< one line, naming the file
+    std::string details; ///< the compiler's listing and advice on missing includes; may be empty
+};
+
 class QorfxMaterial
 {
 public:
-    /// Loads and compiles `path`. Returns null with `error` set (one line) when the file
-    /// is missing or does not compile; `compileErrors` then holds the error file's text.
-    static std::unique_ptr<QorfxMaterial> Load(const std::string& path, std::string& error,
-                                               std::string& compileErrors);
+    /// Loads and compiles the effect file `path`, found as the library finds it (as it
+    /// stands, else along "QorStartupPath" and "QorGraphicPath"). Returns null with
+    /// `problem` filled when it is found nowhere or does not compile.
+    static std::unique_ptr<QorfxMaterial> Load(const std::string& path, QorfxLoadProblem& problem);
     /// Loads a ".zpk" material: its stream un-streamed into a new shader, the effect
     /// compiled from the source the package carries (includes come from the search paths).
-    static std::unique_ptr<QorfxMaterial> LoadPackage(const std::string& path, std::string& error,
-                                                      std::string& compileErrors);
+    static std::unique_ptr<QorfxMaterial> LoadPackage(const std::string& path, QorfxLoadProblem& problem);
     /// Either of the above, by the file's extension.
-    static std::unique_ptr<QorfxMaterial> LoadAny(const std::string& path, std::string& error,
-                                                  std::string& compileErrors);
+    static std::unique_ptr<QorfxMaterial> LoadAny(const std::string& path, QorfxLoadProblem& problem);
     QorfxMaterial(QorIShader* shader, std::string name);
     ~QorfxMaterial();
     QorfxMaterial(const QorfxMaterial&) = delete;
@@ -35,6 +41,8 @@ public:
     const std::string& Name() const { return m_name; }
     /// The folder of the effect file, with its separator; empty for un-streamed materials.
     const std::string& Folder() const { return m_folder; }
+    /// The file the material was read from: the effect where the search found it, or the package.
+    const std::string& File() const { return m_file; }
 
     /// Sets a parameter from text: a float, a colour "r,g,b[,a]" or a texture file.
     /// Returns an empty string on success, else the reason.
@@ -42,14 +50,14 @@ public:
 
 private:
     /// Runs `attach` (which gives the shader its effect and generates the parameters)
-    /// and turns its outcome into the caller's messages.
-    bool Compile(const std::string& path, std::string& error, std::string& compileErrors,
-                 const std::function<bool()>& attach);
+    /// and turns its outcome into `problem`.
+    bool Compile(const std::string& path, QorfxLoadProblem& problem, const std::function<bool()>& attach);
 
     QorIShader* m_shader; // owned; ends with Destroy()
     std::unique_ptr<QorfxBackend> m_backend; // over m_shader's effect; set once the effect is there
     std::string m_name;
     std::string m_folder;
+    std::string m_file;
 };
 
 /// Lets effects find the samples' includes: appends the effect's folder and its parent

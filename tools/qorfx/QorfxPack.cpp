@@ -34,11 +34,11 @@ std::string SafeFileName(const std::string& name, const std::string& fallback)
 
 int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, const std::string& output)
 {
-    std::string error, compileErrors;
-    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(effect, error, compileErrors);
+    QorfxLoadProblem loading;
+    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(effect, loading);
     if (!material) {
-        std::fputs(compileErrors.c_str(), stderr);
-        return Fail(error);
+        std::fputs(loading.details.c_str(), stderr);
+        return Fail(loading.message);
     }
     for (const std::string& assignment : sets) {
         const size_t equals = assignment.find('=');
@@ -70,7 +70,7 @@ int QorfxUnpack(const std::string& package, const std::string& folder)
     fs::create_directories(folder, failure);
     if (failure)
         return Fail(folder + ": cannot create the folder");
-    std::string error, compileErrors;
+    std::string error;
     QorResourceZPKContainer container;
     QorStreamer stream;
     if (container.LoadFromFile(package.c_str(), stream, &error) != 0)
@@ -86,10 +86,11 @@ int QorfxUnpack(const std::string& package, const std::string& folder)
                 return Fail(target.string() + ": cannot write the image");
         }
     }
-    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadPackage(package, error, compileErrors);
+    QorfxLoadProblem problem;
+    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadPackage(package, problem);
     if (!material) {
-        std::fputs(compileErrors.c_str(), stderr);
-        return Fail(error);
+        std::fputs(problem.details.c_str(), stderr);
+        return Fail(problem.message);
     }
     std::ofstream(fs::path(folder) / "material.json") << QorfxDescribe(*material, false).dump(2) << "\n";
     return 0;

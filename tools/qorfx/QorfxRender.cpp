@@ -7,14 +7,12 @@
 #include "QorGL/QorGLContext.h"
 #include "QorVisFoundation/QorTexturePixelImage.h"
 #include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorShaderTypes.h"
 
 #include <GL/gl.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -29,102 +27,95 @@ void Report(const std::string& message)
     std::fprintf(stderr, "qorfx: %s\n", message.c_str());
 }
 
-std::vector<float> Numbers(const std::string& text)
+// Why one input could not be drawn: a word for its tile and a line for standard error.
+struct DrawFailure
 {
-    std::vector<float> numbers;
-    const char* cursor = text.c_str();
-    char* end = nullptr;
-    for (;;) {
-        const float value = std::strtof(cursor, &end);
-        if (end == cursor)
-            return {};
-        numbers.push_back(value);
-        if (*end == '\0')
-            return numbers;
-        if (*end != ',')
-            return {};
-        cursor = end + 1;
-    }
-}
+    std::string word;
+    std::string message;
+};
 
-// Light kinds from names, as the light configuration code: two bits per light.
-bool LightCode(const std::vector<std::string>& lights, unsigned int& code)
-{
-    code = 0;
-    if (lights.size() > QorMaxLights)
-        return false;
-    for (size_t i = 0; i < lights.size(); ++i) {
-        const std::string& kind = lights[i];
-        const unsigned int value = kind == "point" ? unsigned(QorLightPoint)
-                                   : kind == "spot" ? unsigned(QorLightSpot)
-                                   : kind == "dir"  ? unsigned(QorLightDirectional)
-                                                    : 0u;
-        if (value == 0)
-            return false;
-        code |= value << (2 * i);
-    }
-    return true;
-}
-
-std::string ApplyOptions(QorfxMaterial& material, const QorfxRenderOptions& options)
-{
-    for (const std::string& assignment : options.sets) {
-        const size_t equals = assignment.find('=');
-        if (equals == std::string::npos || equals == 0)
-            return "--set takes NAME=VALUE, not \"" + assignment + "\"";
-        const std::string problem = material.Set(assignment.substr(0, equals), assignment.substr(equals + 1));
-        if (!problem.empty())
-            return problem;
-    }
-    if (!options.technique.empty()) {
-        char* end = nullptr;
-        const long number = std::strtol(options.technique.c_str(), &end, 10);
-        if (*end == '\0')
-            material.Shader().SetParameterFloat(0, static_cast<float>(number));
-        else
-            material.Shader().SetParameterString(0, options.technique.c_str());
-    }
-    return "";
-}
-
-// Draws one material into the current framebuffer; an empty string on success.
-std::string DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& options, const QorfxView& view,
+// Draws one material into the current framebuffer; an empty word on success.
+DrawFailure DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& options, const QorfxView& view,
                          const std::vector<QorfxVertex>& mesh, unsigned int& skyTexture)
 {
-    QorIShader& shader = material.Shader();
     QorfxBackend& backend = material.Backend();
-    std::string problem = ApplyOptions(material, options);
-    if (!problem.empty())
-        return problem;
-    unsigned int code = 0;
-    LightCode(options.lights, code);
-    shader.UpdateLightModel(code);
-    shader.SetCurrentParameters();
     if (view.environment.empty() && !skyTexture)
         skyTexture = QorfxMakeSkyCubeMap();
-    problem = backend.SetEnvironment(view, skyTexture);
+    std::string problem = QorfxStage(material, options, view, skyTexture);
     if (!problem.empty())
-        return problem;
+        return {"options", problem};
     problem = QorfxLoadTextures(material);
     if (!problem.empty())
-        return problem;
-    backend.PrepareContext();
+        return {"texture", problem};
     if (!backend.Validate())
-        return "no technique of " + material.Name() + " runs on this GL driver";
+        return {"driver", "no technique of " + material.Name() + " runs on this GL driver"};
     glClearColor(0.05f, 0.05f, 0.06f, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     backend.Draw(view, mesh);
     glFinish();
-    return "";
+    return {};
 }
 
-void CopyTile(std::vector<unsigned char>& sheet, int sheetWidth, const std::vector<unsigned char>& tile, int width,
-              int height, int x, int y)
+// A contact sheet: tiles of `width` x `height` in rows, each with its label strip.
+class Sheet
 {
-    for (int row = 0; row < height; ++row)
-        std::memcpy(&sheet[((static_cast<size_t>(y) + row) * sheetWidth + x) * 4],
-                    &tile[static_cast<size_t>(row) * width * 4], static_cast<size_t>(width) * 4);
-}
+public:
+    Sheet(size_t tiles, int width, int height, bool labelled)
+        : m_columns(static_cast<int>(std::ceil(std::sqrt(static_cast<double>(tiles))))),
+          m_tileWidth(width), m_tileHeight(height), m_cellHeight(height + (labelled ? kLabelHeight : 0)),
+          m_width(m_columns * width), m_height(static_cast<int>((tiles + m_columns - 1) / m_columns) * m_cellHeight),
+          m_labelled(labelled), m_pixels(static_cast<size_t>(m_width) * m_height * 4, 0)
+    {
+        for (size_t i = 3; i < m_pixels.size(); i += 4)
+            m_pixels[i] = 255;
+    }
+
+    int Width() const { return m_width; }
+    int Height() const { return m_height; }
+    const std::vector<unsigned char>& Pixels() const { return m_pixels; }
+
+    void Place(size_t tile, const std::vector<unsigned char>& rgba, const std::string& label)
+    {
+        const int x = X(tile), y = Y(tile);
+        for (int row = 0; row < m_tileHeight; ++row)
+            std::memcpy(&m_pixels[(static_cast<size_t>(y + row) * m_width + x) * 4],
+                        &rgba[static_cast<size_t>(row) * m_tileWidth * 4], static_cast<size_t>(m_tileWidth) * 4);
+        Label(tile, label);
+    }
+
+    // A dark red tile crossed from corner to corner, with the reason in its middle.
+    void MarkFailed(size_t tile, const std::string& label, const std::string& reason)
+    {
+        const int x = X(tile), y = Y(tile);
+        for (int row = 0; row < m_tileHeight; ++row)
+            for (int column = 0; column < m_tileWidth; ++column) {
+                const int across = column * m_tileHeight / m_tileWidth;
+                const bool cross = std::abs(across - row) <= 1 || std::abs(m_tileHeight - 1 - across - row) <= 1;
+                unsigned char* p = &m_pixels[(static_cast<size_t>(y + row) * m_width + x + column) * 4];
+                p[0] = cross ? 220 : 70;
+                p[1] = cross ? 60 : 12;
+                p[2] = cross ? 60 : 16;
+            }
+        const int reasonX = x + std::max(2, (m_tileWidth - QorfxTextWidth(reason, kLabelScale)) / 2);
+        QorfxDrawText(m_pixels, m_width, m_height, reasonX, y + m_tileHeight / 2 - 7, reason, kLabelScale);
+        Label(tile, label);
+    }
+
+private:
+    int X(size_t tile) const { return static_cast<int>(tile % m_columns) * m_tileWidth; }
+    int Y(size_t tile) const { return static_cast<int>(tile / m_columns) * m_cellHeight; }
+    void Label(size_t tile, const std::string& label)
+    {
+        if (!m_labelled)
+            return;
+        const int labelX = X(tile) + std::max(2, (m_tileWidth - QorfxTextWidth(label, kLabelScale)) / 2);
+        QorfxDrawText(m_pixels, m_width, m_height, labelX, Y(tile) + m_tileHeight + 4, label, kLabelScale);
+    }
+
+    int m_columns, m_tileWidth, m_tileHeight, m_cellHeight, m_width, m_height;
+    bool m_labelled;
+    std::vector<unsigned char> m_pixels;
+};
 
 std::string FormatOf(const std::string& output)
 {
@@ -136,7 +127,7 @@ std::string FormatOf(const std::string& output)
 int QorfxRender(const std::vector<std::string>& inputs, const std::string& output, const QorfxRenderOptions& options)
 {
     unsigned int code = 0;
-    if (!LightCode(options.lights, code)) {
+    if (!QorfxLightCode(options.lights, code)) {
         Report("--lights takes up to 8 of point, spot, dir");
         return 2;
     }
@@ -151,12 +142,10 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         return 2;
     }
     QorfxView view;
-    if (options.environment != "sky") {
-        view.environment = Numbers(options.environment);
-        if (view.environment.size() != 3) {
-            Report("--env takes r,g,b or \"sky\", not \"" + options.environment + "\"");
-            return 2;
-        }
+    std::string problem;
+    if (!QorfxMakeView(options, view, problem)) {
+        Report(problem);
+        return 2;
     }
     QorGLContext context;
     if (!context.Open(options.width, options.height)) {
@@ -164,44 +153,28 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         return 1;
     }
 
-    const bool sheet = inputs.size() > 1;
-    const int columns = sheet ? static_cast<int>(std::ceil(std::sqrt(static_cast<double>(inputs.size())))) : 1;
-    const int rows = static_cast<int>((inputs.size() + columns - 1) / columns);
-    const int cellHeight = options.height + (sheet ? kLabelHeight : 0);
-    const int sheetWidth = columns * options.width, sheetHeight = rows * cellHeight;
-    std::vector<unsigned char> pixels(static_cast<size_t>(sheetWidth) * sheetHeight * 4, 0);
-    for (size_t i = 3; i < pixels.size(); i += 4)
-        pixels[i] = 255;
-
-    view.world = options.mesh == "quad" ? Qor4x4Matrix() : QorfxRotation(20, -30);
-    const float eye[3] = {0, 0, 3.4f}, target[3] = {0, 0, 0}, up[3] = {0, 1, 0};
-    view.view = QorfxLookAt(eye, target, up);
-    view.projection =
-        QorfxPerspective(40, static_cast<float>(options.width) / static_cast<float>(options.height), 0.1f, 100);
-
+    const bool several = inputs.size() > 1;
+    Sheet sheet(inputs.size(), options.width, options.height, several);
     unsigned int skyTexture = 0;
-    int status = 0;
-    for (size_t i = 0; i < inputs.size() && status == 0; ++i) {
+    int failures = 0;
+    for (size_t i = 0; i < inputs.size(); ++i) {
         if (inputs.size() > 4)
             std::fprintf(stderr, "qorfx: rendering %zu/%zu %s\n", i + 1, inputs.size(), inputs[i].c_str());
-        std::string error, compileErrors;
-        std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], error, compileErrors);
-        if (material)
-            error = DrawMaterial(*material, options, view, mesh, skyTexture);
-        if (!error.empty()) {
-            Report(error);
-            if (!compileErrors.empty())
-                std::fputs(compileErrors.c_str(), stderr);
-            status = 1;
-            break;
-        }
-        const int x = static_cast<int>(i % columns) * options.width;
-        const int y = static_cast<int>(i / columns) * cellHeight;
-        CopyTile(pixels, sheetWidth, context.ReadPixels(), options.width, options.height, x, y);
-        if (sheet) {
-            const std::string label = std::filesystem::path(inputs[i]).stem().string();
-            const int labelX = x + std::max(2, (options.width - QorfxTextWidth(label, kLabelScale)) / 2);
-            QorfxDrawText(pixels, sheetWidth, sheetHeight, labelX, y + options.height + 4, label, kLabelScale);
+        QorfxLoadProblem loading;
+        std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], loading);
+        const DrawFailure failure =
+            material ? DrawMaterial(*material, options, view, mesh, skyTexture) : DrawFailure{loading.word, loading.message};
+        const std::string label = std::filesystem::path(inputs[i]).stem().string();
+        if (failure.word.empty()) {
+            sheet.Place(i, context.ReadPixels(), label);
+        } else {
+            Report(failure.message);
+            std::fputs(loading.details.c_str(), stderr);
+            ++failures;
+            // One input that cannot be drawn spoils no other: its tile says why.
+            if (!several)
+                break;
+            sheet.MarkFailed(i, label, failure.word);
         }
         material.reset();
         // Textures the material used go back to the registry and their GL names are
@@ -210,19 +183,22 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
     }
     if (skyTexture)
         glDeleteTextures(1, &skyTexture);
-    if (status != 0)
-        return status;
+    if (!several && failures > 0)
+        return 1;
 
     QorTexturePixelImage::Ptr image(
-        QorTexturePixelImage::Create(QorString(output.c_str()), QorPixelRGBA8, sheetWidth, sheetHeight));
+        QorTexturePixelImage::Create(QorString(output.c_str()), QorPixelRGBA8, sheet.Width(), sheet.Height()));
     if (!image) {
-        Report("cannot hold a " + std::to_string(sheetWidth) + "x" + std::to_string(sheetHeight) + " image");
+        Report("cannot hold a " + std::to_string(sheet.Width()) + "x" + std::to_string(sheet.Height()) + " image");
         return 1;
     }
-    std::memcpy(image->GetPixels(), pixels.data(), pixels.size());
+    std::memcpy(image->GetPixels(), sheet.Pixels().data(), sheet.Pixels().size());
     if (image->WriteToFile(format.c_str(), output.c_str()) != 0) {
         Report(output + ": cannot write the image");
         return 1;
     }
-    return 0;
+    if (failures > 0)
+        Report(std::to_string(failures) + " of " + std::to_string(inputs.size()) +
+               " materials could not be drawn; their tiles are crossed");
+    return failures > 0 ? 1 : 0;
 }

@@ -5,6 +5,7 @@
 #include "QorfxPack.h"
 #include "QorfxRender.h"
 #include "QorfxSgi.h"
+#include "QorfxStage.h"
 #include "QorGL/QorGLContext.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
 #include "QorVisShaders/QorShaderManager.h"
@@ -41,21 +42,30 @@ int RegisterIncludes(const std::vector<std::string>& includes)
 
 int Inspect(const std::string& file, bool json)
 {
-    std::string error, compileErrors;
-    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadAny(file, error, compileErrors);
+    QorfxLoadProblem problem;
+    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadAny(file, problem);
     if (!material) {
-        std::fprintf(stderr, "qorfx: %s\n", error.c_str());
-        if (!compileErrors.empty()) {
+        std::fprintf(stderr, "qorfx: %s\n", problem.message.c_str());
+        if (!problem.details.empty()) {
             if (json)
-                std::printf("%s\n", nlohmann::json{{"file", file}, {"errors", compileErrors}}.dump(2).c_str());
+                std::printf("%s\n", nlohmann::json{{"file", file}, {"errors", problem.details}}.dump(2).c_str());
             else
-                std::fputs(compileErrors.c_str(), stderr);
+                std::fputs(problem.details.c_str(), stderr);
         }
         return 1;
     }
-    // Techniques validate only in a GL context; without a display they are listed unchecked.
+    // Techniques validate only in a GL context; without a display they are listed
+    // unchecked. The material is readied as render readies it, with render's defaults.
     QorGLContext context;
-    const bool validate = context.Open(1, 1);
+    bool validate = context.Open(1, 1);
+    if (validate) {
+        const QorfxRenderOptions defaults;
+        QorfxView view;
+        std::string staging;
+        validate = QorfxMakeView(defaults, view, staging) && (staging = QorfxStage(*material, defaults, view, 0)).empty();
+        if (!staging.empty())
+            std::fprintf(stderr, "qorfx: %s: techniques not validated: %s\n", file.c_str(), staging.c_str());
+    }
     const nlohmann::json description = QorfxDescribe(*material, validate);
     if (json)
         std::printf("%s\n", description.dump(2).c_str());
