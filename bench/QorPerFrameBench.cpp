@@ -158,13 +158,20 @@ private:
     bool m_feedMatrices = true;
 };
 
+// Builds the scene or fails the benchmark.
+bool Build(Scene& scene, benchmark::State& state, int materials)
+{
+    if (scene.Build(materials))
+        return true;
+    QorBench::Fail(state, "cannot build the materials of the wide effect");
+    return false;
+}
+
 void PerFrame(benchmark::State& state, FrameKind kind, int materials)
 {
     Scene scene;
-    if (!scene.Build(materials)) {
-        QorBench::Fail(state, "cannot build the materials of the wide effect");
+    if (!Build(scene, state, materials))
         return;
-    }
     // One frame on each road first, so both start from values already pushed once.
     scene.LibraryFrame(FrameKind::Full, 0.0f);
     scene.RawFrame(FrameKind::Full, 0.0f);
@@ -204,10 +211,8 @@ void PerFrame(benchmark::State& state, FrameKind kind, int materials)
 void UnchangedShare(benchmark::State& state, int materials)
 {
     Scene scene;
-    if (!scene.Build(materials)) {
-        QorBench::Fail(state, "cannot build the materials of the wide effect");
+    if (!Build(scene, state, materials))
         return;
-    }
     scene.FeedMatrices(false);
     scene.LibraryFrame(FrameKind::Full, 0.0f);
     double unchanged = 0;
