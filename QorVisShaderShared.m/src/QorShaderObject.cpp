@@ -1,0 +1,145 @@
+#include "QorVisShaderShared/QorShaderObject.h"
+
+#include "QorVisShaderShared/QorShaderSearch.h"
+
+#include "QorVisShaders/QorIShaderEffect.h"
+#include "QorVisShaders/QorIShaderParameters.h"
+
+#include <cstdio>
+
+QorShaderObject::QorShaderObject(const QorShaderObject& other)
+    : QorIShader(), m_fileName(other.m_fileName), m_pathName(other.m_pathName)
+{
+}
+
+QorShaderObject::~QorShaderObject()
+{
+    delete m_parameters;
+}
+
+int QorShaderObject::Detach()
+{
+    m_effect = nullptr;
+    m_parameters = nullptr;
+    return 0;
+}
+
+void QorShaderObject::ReleaseEffect()
+{
+    if (!m_effect)
+        return;
+    // The effect only borrows the set drawing uses: it must not keep pointing at this
+    // shader's set once the shader leaves it.
+    if (m_parameters && m_effect->GetIShaderParameters() == m_parameters)
+        SelectParameters(nullptr);
+    m_effect->Release();
+    m_effect = nullptr;
+}
+
+void QorShaderObject::DeleteParameters()
+{
+    if (m_effect && m_parameters && m_effect->GetIShaderParameters() == m_parameters)
+        SelectParameters(nullptr);
+    delete m_parameters;
+    m_parameters = nullptr;
+}
+
+int QorShaderObject::GetParameterIndex(const char* name)
+{
+    return m_parameters ? m_parameters->GetParameterIndex(name) : -1;
+}
+
+int QorShaderObject::GetNbParameters()
+{
+    return m_parameters ? m_parameters->GetNbParameters() : -1;
+}
+
+int QorShaderObject::GetParameterType(int index)
+{
+    return m_parameters && index >= 0 ? m_parameters->GetParameterType(index) : 0;
+}
+
+const char* QorShaderObject::GetParameterName(int index)
+{
+    return m_parameters && index >= 0 ? m_parameters->GetParameterName(index) : nullptr;
+}
+
+int QorShaderObject::GetParameterFloat(int index, float* value)
+{
+    if (!m_parameters || index < 0 || !value)
+        return -1;
+    if (index == 0 && m_effect) {
+        // Room for two integers: an effect may write the one after its answer.
+        int technique[2] = {0, 0};
+        m_effect->getTechnique(technique);
+        *value = static_cast<float>(technique[0]);
+        return 0;
+    }
+    return m_parameters->GetFloatValue(index, value, 0);
+}
+
+int QorShaderObject::SetParameterFloat(int index, float value)
+{
+    if (!m_parameters || index < 0)
+        return -1;
+    if (index == 0 && m_effect) {
+        m_effect->setTechnique(static_cast<int>(value));
+        return 0;
+    }
+    return m_parameters->SetFloatValue(index, value);
+}
+
+int QorShaderObject::SetParameterColor(int index, float r, float g, float b, float a)
+{
+    if (!m_parameters || index < 1)
+        return -1;
+    const float rgba[4] = {r, g, b, a};
+    return m_parameters->SetColorValue(index, rgba);
+}
+
+int QorShaderObject::SetParameterString(int index, const char* value)
+{
+    if (!m_parameters || index < 0)
+        return -1;
+    if (index == 0 && m_effect) {
+        m_effect->setTechniqueByName(value);
+        return 0;
+    }
+    return m_parameters->SetTextureValue(index, value, 0);
+}
+
+bool QorShaderObject::UpdateLightModel(unsigned int lightModel)
+{
+    return m_effect ? m_effect->updateLightModel(lightModel) : false;
+}
+
+char* QorShaderObject::GetBuffer()
+{
+    return m_effect ? m_effect->getBuffer() : nullptr;
+}
+
+void QorShaderObject::SetCurrentParameters()
+{
+    if (m_effect)
+        SelectParameters(m_parameters);
+}
+
+void QorShaderObject::LoadFile(const QorString& name, bool reportUnreadable)
+{
+    m_fileName = name;
+    if (name.IsEmpty())
+        return;
+    const int separator = name.ReverseFindOneOf("\\/");
+    if (separator > 0)
+        m_pathName = name.Left(separator + 1);
+    QorString path;
+    if (!QorShaderSearch::FindShaderFile(name, path))
+        return; // found nowhere: the shader stays as it was
+    QorUnicodeString text;
+    if (!QorShaderSearch::ReadSource(path, text)) {
+        if (reportUnreadable)
+            std::printf("Shader %s not found \n", name.c_str());
+        return;
+    }
+    SetBuffer(text.c_str(), m_fileName.c_str());
+}
