@@ -2,7 +2,9 @@
 // naming, source and streaming.
 #include "QorVisShaders/QorShaderEffect.h"
 
-#include "QorShaderEffectAndName.h"
+#include "QorVisShaderShared/QorShaderEffectRegistry.h"
+#include "QorVisShaderShared/QorShaderEffectText.h"
+
 #include "QorShaderInterface.h"
 #include "QorShaderParameters.h"
 #include "QorSystem/QorStrings.h"
@@ -10,28 +12,15 @@
 #include "QorVisFoundation/QorStreamer.h"
 
 #include <algorithm>
-#include <list>
 #include <cstdlib>
 #include <memory>
 #include <new>
-#include <unordered_map>
 
 namespace {
 
-// The registry keeps the order of registration (first match wins when scanning) and
-// indexes by name and by effect, so that look-ups and removals take constant time
-// whatever the number of effects.
-struct EffectRegistry
+QorShaderEffectRegistry<QorShaderEffect>& _listShaderEffectName()
 {
-    using Entries = std::list<QorShaderEffectAndName>;
-    Entries entries;
-    std::unordered_map<std::string, Entries::iterator> byName;
-    std::unordered_map<const QorShaderEffect*, Entries::iterator> byEffect;
-};
-
-EffectRegistry& _listShaderEffectName()
-{
-    static EffectRegistry registry;
+    static QorShaderEffectRegistry<QorShaderEffect> registry;
     return registry;
 }
 
@@ -108,112 +97,47 @@ void QorShaderEffect::Init()
 
 QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const char* name)
 {
-    const auto& byName = _listShaderEffectName().byName;
-    const auto found = byName.find(name ? name : "");
-    return found == byName.end() ? nullptr : &*found->second;
+    return _listShaderEffectName().Find(name);
 }
 
 QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const QorShaderEffect* effect)
 {
-    const auto& byEffect = _listShaderEffectName().byEffect;
-    const auto found = byEffect.find(effect);
-    return found == byEffect.end() ? nullptr : &*found->second;
+    return _listShaderEffectName().Find(effect);
 }
 
 QorShaderEffect* QorShaderEffect::AddShaderEffect(const char* name)
 {
-    if (!name || !*name) {
-        QorShaderEffect* effect = new (std::nothrow) QorShaderEffect();
-        if (effect)
-            effect->SetName(_strdup(""));
-        return effect;
-    }
-    if (QorShaderEffectAndName* entry = GetShaderEffect(name)) {
-        entry->GetEffect()->AddRef();
-        return entry->GetEffect();
-    }
-    QorShaderEffect* effect = new (std::nothrow) QorShaderEffect();
-    if (!effect)
-        return nullptr;
-    EffectRegistry& registry = _listShaderEffectName();
-    const auto entry = registry.entries.emplace(registry.entries.end(), name, effect);
-    registry.byName.emplace(name, entry);
-    registry.byEffect.emplace(effect, entry);
-    effect->SetName(_strdup(name));
-    return effect;
+    return _listShaderEffectName().Add(name, [] { return new (std::nothrow) QorShaderEffect(); });
 }
 
 void QorShaderEffect::RemoveShaderEffect(const QorShaderEffect* effect)
 {
-    EffectRegistry& registry = _listShaderEffectName();
-    const auto found = registry.byEffect.find(effect);
-    if (found == registry.byEffect.end())
-        return;
-    const EffectRegistry::Entries::iterator entry = found->second;
-    registry.byName.erase(entry->GetName());
-    registry.byEffect.erase(found);
-    // The order of the other entries is kept.
-    registry.entries.erase(entry);
+    _listShaderEffectName().Remove(effect);
 }
 
 void QorShaderEffect::SetName(char* name)
 {
-    std::free(m_name);
-    m_name = name;
+    QorShaderEffectText::SetName(m_name, name);
 }
 
 void QorShaderEffect::setFileName(const QorString& name)
 {
-    m_fileName = name;
-    const int separator = name.ReverseFindOneOf("\\/");
-    if (separator >= 1)
-        m_pathName = name.Left(separator + 1);
+    QorShaderEffectText::SetFileName(name, m_fileName, m_pathName);
 }
 
 void QorShaderEffect::setBuffer(const char* text)
 {
-    std::free(m_buffer);
-    m_buffer = nullptr;
-    if (text) {
-        m_buffer = _strdup(text);
-        // The next compilation takes the buffer, not a file.
-        m_fileName = QorString("");
-    }
+    QorShaderEffectText::SetBuffer(m_buffer, m_fileName, text);
 }
 
 void QorShaderEffect::Stream(QorStreamer& streamer)
 {
-    streamer.WriteString(m_name);
-    streamer.WriteString(m_buffer);
+    QorShaderEffectText::Stream(streamer, m_name, m_buffer);
 }
 
 void QorShaderEffect::UnStream(QorStreamer& streamer)
 {
-    char* name = nullptr;
-    char* buffer = nullptr;
-    streamer.ReadString(name);
-    streamer.ReadString(buffer);
-    // The previous texts are freed as they are replaced, so nothing leaks.
-    if (name)
-        SetName(_strdup(name));
-    if (buffer) {
-        std::free(m_buffer);
-        m_buffer = _strdup(buffer);
-    }
-    delete[] name;
-    delete[] buffer;
-}
-
-void QorShaderEffect::SetIShaderParameters(QorIShaderParameters* parameters)
-{
-    m_interfaceParameters = parameters;
-    m_currentOwnSet = dynamic_cast<QorShaderParameters*>(parameters);
-}
-
-void QorShaderEffect::SelectParameters(QorShaderParameters* parameters)
-{
-    m_interfaceParameters = parameters;
-    m_currentOwnSet = parameters;
+    QorShaderEffectText::UnStream(streamer, m_name, m_buffer);
 }
 
 int QorShaderEffect::GetNumInterface(int& count) const
