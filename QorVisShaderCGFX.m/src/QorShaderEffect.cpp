@@ -140,6 +140,18 @@ void QorShaderEffect::UnStream(QorStreamer& streamer)
     QorShaderEffectText::UnStream(streamer, m_name, m_buffer);
 }
 
+void QorShaderEffect::SetIShaderParameters(QorIShaderParameters* parameters)
+{
+    m_interfaceParameters = parameters;
+    m_currentOwnSet = dynamic_cast<QorShaderParameters*>(parameters);
+}
+
+void QorShaderEffect::SelectParameters(QorShaderParameters* parameters)
+{
+    m_interfaceParameters = parameters;
+    m_currentOwnSet = parameters;
+}
+
 int QorShaderEffect::GetNumInterface(int& count) const
 {
     count = static_cast<int>(m_interfaces.size());
