@@ -20,34 +20,15 @@
 namespace {
 
 const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderParameters";
-const int kInitialNameCapacity = 20;
-const int kNameCapacityStep = 10;
-
-bool SameName(const char* a, const char* b)
-{
-    return std::strcmp(a, b) == 0;
-}
 
 } // namespace
 
-QorShaderParameters::QorShaderParameters()
-    : m_names(static_cast<char**>(std::calloc(kInitialNameCapacity, sizeof(char*)))),
-      m_nameCapacity(m_names ? kInitialNameCapacity : 0)
-{
-}
+QorShaderParameters::QorShaderParameters() = default;
 
 QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
-    : QorIShaderParameters(), m_useDefaultTexture(other.m_useDefaultTexture)
+    : QorIShaderParameters(), m_names(other.m_names), m_useDefaultTexture(other.m_useDefaultTexture)
 {
     std::copy(other.m_cachedIndexes, other.m_cachedIndexes + 3, m_cachedIndexes);
-
-    if (other.m_nameCount > 0)
-        m_names = static_cast<char**>(std::calloc(static_cast<size_t>(other.m_nameCount), sizeof(char*)));
-    if (m_names) {
-        m_nameCount = m_nameCapacity = other.m_nameCount;
-        for (int i = 0; i < m_nameCount; ++i)
-            m_names[i] = other.m_names[i] ? _strdup(other.m_names[i]) : nullptr;
-    }
 
     std::unique_ptr<QorShaderValueString>* const slots[] = {&m_firstTexture, &m_secondTexture, &m_thirdTexture};
     QorShaderValueString* const sources[] = {other.m_firstTexture.get(), other.m_secondTexture.get(),
@@ -68,7 +49,6 @@ QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
 
 QorShaderParameters::~QorShaderParameters()
 {
-    FreeNames();
     // A null entry cannot be listed by this class; it is skipped rather than ending the
     // walk, so no value after it would be left behind.
     for (m_walkCursor = 0; m_walkCursor < static_cast<int>(m_values.size()); ++m_walkCursor) {
@@ -86,15 +66,6 @@ QorShaderParameters::~QorShaderParameters()
         }
     for (InterfaceEntry& entry : m_interfaces)
         DestroyInterface(entry);
-}
-
-void QorShaderParameters::FreeNames()
-{
-    for (int i = 0; i < m_nameCount; ++i)
-        std::free(m_names[i]);
-    std::free(m_names);
-    m_names = nullptr;
-    m_nameCount = m_nameCapacity = 0;
 }
 
 QorIShaderParameters* QorShaderParameters::Clone()
@@ -129,27 +100,17 @@ QorIShaderValue* QorShaderParameters::CopyValue(QorIShaderValue* value)
 
 int QorShaderParameters::GetNbParameters()
 {
-    return m_nameCount + 1;
+    return m_names.Count() + 1;
 }
 
 int QorShaderParameters::GetParameterIndex(const char* name)
 {
-    if (!name)
-        return -1;
-    for (int i = 0; i < m_nameCount; ++i)
-        if (m_names[i] && SameName(m_names[i], name))
-            return i + 1;
-    return -1;
+    return m_names.IndexOf(name);
 }
 
 const char* QorShaderParameters::GetParameterName(int index)
 {
-    if (index == 0)
-        return "Technique";
-    // A negative index would read before the array.
-    if (index < 0 || index - 1 >= m_nameCount)
-        return nullptr;
-    return m_names[index - 1];
+    return m_names.At(index);
 }
 
 QorIShaderValue* QorShaderParameters::ValueAt(int index) const
@@ -170,7 +131,7 @@ QorIShaderValue* QorShaderParameters::TypedValueAt(int index, int type) const
 
 QorIShaderValue* QorShaderParameters::GetValue(int position)
 {
-    if (position < m_nameCount)
+    if (position < m_names.Count())
         CheckFailure__("Overlapping memory", kSource, 1044);
     if (position < 0 || static_cast<size_t>(position) >= m_values.size())
         return nullptr;
@@ -181,7 +142,7 @@ int QorShaderParameters::GetParameterType(int index)
 {
     if (index == 0)
         return QorValueFloat; // the technique
-    if (index > m_nameCount)
+    if (index > m_names.Count())
         return 0;
     QorIShaderValue* value = ValueAt(index);
     if (!value)
@@ -401,17 +362,5 @@ void QorShaderParameters::AddTextureParameter(CGparameter parameter, const char*
 
 int QorShaderParameters::AddParameterName(const char* name)
 {
-    if (!name)
-        return -1;
-    if (m_nameCount + 1 > m_nameCapacity) {
-        const int capacity = m_nameCapacity + kNameCapacityStep;
-        auto* grown = static_cast<char**>(std::realloc(m_names, static_cast<size_t>(capacity) * sizeof(char*)));
-        if (!grown)
-            return -1;
-        std::fill(grown + m_nameCapacity, grown + capacity, nullptr);
-        m_names = grown;
-        m_nameCapacity = capacity;
-    }
-    m_names[m_nameCount] = _strdup(name);
-    return m_nameCount++;
+    return m_names.Add(name);
 }

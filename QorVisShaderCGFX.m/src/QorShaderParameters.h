@@ -11,7 +11,7 @@
 #include "QorVisShaders/QorIShaderParameters.h"
 
 #include "QorSystem/QorString.h"
-#include "QorVisShaderShared/QorShaderValueRecords.h"
+#include "QorVisShaderShared/QorShaderParameterNames.h"
 
 #include <Cg/cg.h>
 
@@ -125,7 +125,6 @@ private:
     /// Appends the value unless that very pointer is listed already.
     void AppendValue(QorIShaderValue* value);
     void AddParameterValue(CGparameter parameter, QorIShaderValue* value);
-    void FreeNames();
 
     /// Changes one texture value's file name, keeping the texture registry in step.
     static void ChangeTexture(QorShaderValueString& value, const char* file, int reload, TextureChange change);
@@ -145,15 +144,10 @@ private:
     static QorIShaderValue* CopyValue(QorIShaderValue* value);
     static QorShaderInterfaceRecord* CopyRecord(const QorShaderInterfaceRecord* record);
 
-    /// Takes the names read from a stream in place of the set's own.
-    void ReplaceNames(std::vector<QorShaderValueRecords::Name>& names);
-
     QorShaderValueList m_values; // owned values, in the order the effect found them
     std::vector<int> m_modifiedPositions; // see GetModifiedPositions
     int m_walkCursor = 0;        // the destructor's position in m_values
-    char** m_names = nullptr;    // malloc'd array of _strdup'd names (entries may be null)
-    int m_nameCount = 0;
-    int m_nameCapacity = 0;
+    QorShaderParameterNames m_names;
     int m_useDefaultTexture = 1;
     QorString m_label; // kept for the framework; nothing here reads it
     std::unique_ptr<QorShaderValueString> m_firstTexture;

@@ -50,7 +50,7 @@ private:
 
 void QorShaderParameters::Stream(QorStreamer& streamer)
 {
-    QorShaderValueRecords::WriteNames(streamer, m_names, m_nameCount);
+    m_names.Stream(streamer);
     // Null and unknown entries are counted but write nothing, as the framework's readers
     // expect of this record.
     QorShaderValueRecords::WriteCount(streamer, static_cast<int>(m_values.size()));
@@ -73,28 +73,13 @@ void QorShaderParameters::Stream(QorStreamer& streamer)
 
 void QorShaderParameters::UnStream(QorStreamer& streamer)
 {
-    std::vector<QorShaderValueRecords::Name> names;
     // A name list that cannot be read leaves the set as it was.
-    if (!QorShaderValueRecords::ReadNames(streamer, names))
+    if (!m_names.UnStream(streamer))
         return;
-    ReplaceNames(names);
     // Values already in the set stay; read ones follow them.
     std::vector<QorIShaderValue*> added;
     ValueAppender appender(added);
     QorShaderValueRecords::ReadValues(streamer, appender);
     for (QorIShaderValue* value : added)
         AppendValue(value);
-}
-
-void QorShaderParameters::ReplaceNames(std::vector<QorShaderValueRecords::Name>& names)
-{
-    FreeNames();
-    if (names.empty())
-        return;
-    m_names = static_cast<char**>(std::calloc(names.size(), sizeof(char*)));
-    if (!m_names)
-        return;
-    m_nameCount = m_nameCapacity = static_cast<int>(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i)
-        m_names[i] = names[i].release();
 }
