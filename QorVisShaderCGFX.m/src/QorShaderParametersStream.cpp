@@ -15,39 +15,6 @@
 #include <memory>
 #include <new>
 
-namespace {
-
-// Values read back carry no Cg handle: the streamed token names the writer's effect,
-// so a value only mirrors a parameter again once copied into a set its effect built.
-class ValueAppender final : public QorShaderValueRecordSink
-{
-public:
-    explicit ValueAppender(std::vector<QorIShaderValue*>& added) : m_added(added) {}
-    void OnFloat(float value) override { Add(new (std::nothrow) QorShaderValueFloat(nullptr, value)); }
-    void OnColor(int type, const float* components) override
-    {
-        Add(new (std::nothrow) QorShaderValueColor(nullptr, components, QorColorComponentCount(type)));
-    }
-    void OnTexture(const char* file) override
-    {
-        auto* value = new (std::nothrow) QorShaderValueString(nullptr, file);
-        // The registry's reference for `file` is the value's; without a value it goes back.
-        if (!value)
-            QorShaderTextureBookkeeping::HandBack(file);
-        Add(value);
-    }
-
-private:
-    void Add(QorIShaderValue* value)
-    {
-        if (value)
-            m_added.push_back(value);
-    }
-    std::vector<QorIShaderValue*>& m_added;
-};
-
-} // namespace
-
 void QorShaderParameters::Stream(QorStreamer& streamer)
 {
     m_names.Stream(streamer);
@@ -77,9 +44,8 @@ void QorShaderParameters::UnStream(QorStreamer& streamer)
     if (!m_names.UnStream(streamer))
         return;
     // Values already in the set stay; read ones follow them.
-    std::vector<QorIShaderValue*> added;
-    ValueAppender appender(added);
-    QorShaderValueRecords::ReadValues(streamer, appender);
-    for (QorIShaderValue* value : added)
+    QorShaderValueCollector<QorIShaderValue, QorShaderValueFloat, QorShaderValueColor, QorShaderValueString> collector;
+    QorShaderValueRecords::ReadValues(streamer, collector);
+    for (QorIShaderValue* value : collector.values)
         AppendValue(value);
 }

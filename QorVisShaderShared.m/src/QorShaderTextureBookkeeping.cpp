@@ -24,11 +24,17 @@ void Reload(const char* file)
         texture->SaveBufferForDrawing();
 }
 
+// An empty name names no texture: values without a file hold no reference.
+bool Names(const char* file)
+{
+    return file && *file;
+}
+
 } // namespace
 
 Outcome ChangeTexture(const char* current, const char* file, int reload, Holder holder)
 {
-    if (current) {
+    if (Names(current)) {
         const bool same = file && std::strcmp(current, file) == 0;
         if (reload && holder == Holder::DefaultTexture) {
             // The registered record forgets its copy of the name before the reference goes
@@ -53,13 +59,13 @@ Outcome ChangeTexture(const char* current, const char* file, int reload, Holder 
 
 void HandBack(const char* file)
 {
-    if (file)
+    if (Names(file))
         QorShaderManager::AddShaderTextureToDestroyList(QorShaderManager::GetShaderTexture(file));
 }
 
 void Take(const char* file)
 {
-    if (file)
+    if (Names(file))
         QorShaderManager::AddShaderTexture(file);
 }
 

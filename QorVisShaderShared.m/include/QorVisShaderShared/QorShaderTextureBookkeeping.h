@@ -2,7 +2,8 @@
 /// Keeps the shared texture registry (QorShaderManager) in step with the texture values
 /// of parameter sets. A texture value holding a file name holds one reference of the
 /// texture registered under that name: taken when the name is set, handed back to the
-/// destroy list when the name changes or the value goes.
+/// destroy list when the name changes or the value goes. An empty name, like a null one,
+/// names no texture.
 #pragma once
 
 namespace QorShaderTextureBookkeeping {

@@ -14,10 +14,14 @@
 /// under "QorTemp"\ZPKResources (or as generated pixel images).
 #pragma once
 
+#include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
+
 #include "QorSystem/QorString.h"
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <vector>
 
 class QorStreamer;
@@ -34,6 +38,38 @@ public:
     /// procedural or nothing can be cached. The registry already holds one reference of
     /// it, which the value made from it takes over.
     virtual void OnTexture(const char* file) = 0;
+};
+
+/// Collects the values ReadValues finds as new values of an implementation's kinds (each
+/// made with a null handle and its content: values read back mirror no parameter, since
+/// the records' tokens named the writer's). `Base` is the kinds' common base.
+template <typename Base, typename Float, typename Color, typename String>
+class QorShaderValueCollector final : public QorShaderValueRecordSink
+{
+public:
+    void OnFloat(float value) override { Add(new (std::nothrow) Float(nullptr, value)); }
+    void OnColor(int type, const float* components) override
+    {
+        Add(new (std::nothrow) Color(nullptr, components, QorColorComponentCount(type)));
+    }
+    void OnTexture(const char* file) override
+    {
+        auto* value = new (std::nothrow) String(nullptr, file);
+        // The registry's reference for `file` is the value's; without a value it goes back.
+        if (!value)
+            QorShaderTextureBookkeeping::HandBack(file);
+        Add(value);
+    }
+
+    /// The new values, in stream order, owned by the caller.
+    std::vector<Base*> values;
+
+private:
+    void Add(Base* value)
+    {
+        if (value)
+            values.push_back(value);
+    }
 };
 
 namespace QorShaderValueRecords {
