@@ -28,12 +28,12 @@ void InitializeGlslang()
 }
 
 // Prints glslang's log: "ERROR: <source>:<line>: <text>" becomes the effect's source
-// and line; lines without a place go out with the pass's.
+// and line; lines without a place go out with `unplaced`.
 class LogPrinter
 {
 public:
-    LogPrinter(const EffectDescription& effect, SourceLocation passAt, std::string prefix)
-        : m_effect(effect), m_passAt(passAt), m_prefix(std::move(prefix))
+    LogPrinter(const EffectDescription& effect, SourceLocation unplaced, std::string prefix)
+        : m_effect(effect), m_unplaced(unplaced), m_prefix(std::move(prefix))
     {
     }
 
@@ -51,28 +51,26 @@ private:
             line.find("compilation errors.") != std::string::npos || ++m_count > kMaxMessages)
             return;
         const bool warning = line.compare(0, 9, "WARNING: ") == 0;
-        const std::size_t textStart = line.find(": ");
-        if (textStart != std::string::npos) {
-            const char* place = line.c_str() + textStart + 2;
-            char* end = nullptr;
-            const long source = std::strtol(place, &end, 10);
-            if (end != place && *end == ':') {
-                const char* lineStart = end + 1;
-                const long number = std::strtol(lineStart, &end, 10);
-                if (end != lineStart && *end == ':') {
-                    report(locate(static_cast<int>(source), static_cast<int>(number)), warning, end + 1);
-                    return;
-                }
+        const std::size_t textStart = warning ? 9 : line.compare(0, 7, "ERROR: ") == 0 ? 7 : 0;
+        const char* text = line.c_str() + textStart;
+        char* end = nullptr;
+        const long source = std::strtol(text, &end, 10);
+        if (end != text && *end == ':') {
+            const char* lineStart = end + 1;
+            const long number = std::strtol(lineStart, &end, 10);
+            if (end != lineStart && *end == ':') {
+                report(locate(static_cast<int>(source), static_cast<int>(number)), warning, end + 1);
+                return;
             }
         }
-        report(m_passAt, warning, line.c_str());
+        report(m_unplaced, warning, text);
     }
 
     // Source 0 is the version line that starts every stage.
     SourceLocation locate(int source, int line) const
     {
         if (source == 0)
-            return m_effect.version.empty() ? m_passAt : m_effect.versionAt;
+            return m_effect.version.empty() ? m_unplaced : m_effect.versionAt;
         return {source, line};
     }
 
@@ -89,7 +87,7 @@ private:
     }
 
     const EffectDescription& m_effect;
-    SourceLocation m_passAt;
+    SourceLocation m_unplaced;
     std::string m_prefix;
     int m_count = 0;
 };
@@ -123,7 +121,10 @@ bool compileWithGlslang(const std::string (&stages)[StageCount], const EffectDes
         const char* text = stages[stage].c_str();
         shaders[stage]->setStrings(&text, 1);
         if (!shaders[stage]->parse(GetDefaultResources(), 110, false, EShMsgDefault)) {
-            LogPrinter(effect, passAt, passLabel + ", " + kStageNames[stage] + " stage: ").print(shaders[stage]->getInfoLog());
+            // A stage's message without a place is about its version ("version not supported").
+            const SourceLocation unplaced = effect.version.empty() ? passAt : effect.versionAt;
+            LogPrinter(effect, unplaced, passLabel + ", " + kStageNames[stage] + " stage: ")
+                .print(shaders[stage]->getInfoLog());
             compiled = false;
         }
     }

@@ -82,8 +82,8 @@ Token Lexer::scan()
     skipSpaceAndComments();
     const std::size_t start = m_position;
     const int line = m_line;
-    if (start >= m_text.size())
-        return {Token::End, {}, line};
+    if (start >= m_text.size()) // the end is on the last line that has text
+        return {Token::End, {}, line > 1 && !m_text.empty() && m_text.back() == '\n' ? line - 1 : line};
     const char c = m_text[start];
 
     auto take = [&](Token::Kind kind, std::size_t limit, std::string_view what) {
