@@ -239,9 +239,10 @@ bool Parser::parseInclude(const Token& hash)
             chain += step + " -> ";
         return fail(hash.line, "include cycle: " + chain + file);
     }
-    if (static_cast<int>(m_includeStack.size()) >= kMaxIncludeDepth || m_includes >= kMaxIncludes)
-        return fail(hash.line, "includes nest deeper than " + std::to_string(kMaxIncludeDepth) + " or number more than " +
-                                   std::to_string(kMaxIncludes));
+    if (static_cast<int>(m_includeStack.size()) >= kMaxIncludeDepth)
+        return fail(hash.line, "includes nest deeper than " + std::to_string(kMaxIncludeDepth) + " levels");
+    if (m_includes >= kMaxIncludes)
+        return fail(hash.line, "more than " + std::to_string(kMaxIncludes) + " includes");
     std::string content;
     switch (readInclude(file, content)) {
     case IncludeStatus::Found:
