@@ -11,6 +11,7 @@
 #include <GL/glext.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace nvFX::detail {
 
@@ -19,28 +20,61 @@ namespace {
 // The highest texture unit a sampler may name: GL 4 offers at least 80.
 constexpr int kMaxTextureUnit = 79;
 
-using FloatVectorSetter = void (*)(GLint, GLsizei, const GLfloat*);
-using IntVectorSetter = void (*)(GLint, GLsizei, const GLint*);
-using MatrixSetter = void (*)(GLint, GLsizei, GLboolean, const GLfloat*);
+// One pusher per kind of value, chosen once: a pass's setup calls it for every changed
+// value of every frame.
+template <void (*Set)(GLint, GLsizei, const GLfloat*)>
+void PushFloats(const Uniform& uniform, int location)
+{
+    Set(location, uniform.elements(), uniform.floats());
+}
 
-const FloatVectorSetter kFloatSetters[] = {glUniform1fv, glUniform2fv, glUniform3fv, glUniform4fv};
-const IntVectorSetter kIntSetters[] = {glUniform1iv, glUniform2iv, glUniform3iv, glUniform4iv};
-const MatrixSetter kMatrixSetters[] = {glUniformMatrix2fv, glUniformMatrix3fv, glUniformMatrix4fv};
+template <void (*Set)(GLint, GLsizei, GLboolean, const GLfloat*)>
+void PushMatrices(const Uniform& uniform, int location)
+{
+    Set(location, uniform.elements(), GL_FALSE, uniform.floats());
+}
+
+template <void (*Set)(GLint, GLsizei, const GLint*)>
+void PushInts(const Uniform& uniform, int location)
+{
+    Set(location, uniform.elements(), uniform.ints().data());
+}
+
+Uniform::Pusher ChoosePusher(const ValueType& type)
+{
+    static const Uniform::Pusher floats[] = {PushFloats<glUniform1fv>, PushFloats<glUniform2fv>,
+                                             PushFloats<glUniform3fv>, PushFloats<glUniform4fv>};
+    static const Uniform::Pusher matrices[] = {PushMatrices<glUniformMatrix2fv>, PushMatrices<glUniformMatrix3fv>,
+                                               PushMatrices<glUniformMatrix4fv>};
+    static const Uniform::Pusher ints[] = {PushInts<glUniform1iv>, PushInts<glUniform2iv>, PushInts<glUniform3iv>,
+                                           PushInts<glUniform4iv>};
+    if (type.base == ValueBase::Sampler)
+        return ints[0];
+    if (type.base != ValueBase::Float)
+        return ints[type.components - 1];
+    return type.columns ? matrices[type.columns - 2] : floats[type.components - 1];
+}
 
 } // namespace
 
 Uniform::Uniform(const UniformDescription& description, ConstantBuffer* buffer, int samplerUnit)
-    : m_name(description.name),
-      m_semantic(description.semantic),
-      m_type(*description.type),
+    : m_type(*description.type),
       m_arraySize(description.arraySize),
-      m_annotations(description.annotations),
-      m_buffer(buffer)
+      m_pusher(ChoosePusher(m_type)),
+      m_buffer(buffer),
+      m_floats(m_inlineFloats),
+      m_name(description.name),
+      m_semantic(description.semantic),
+      m_annotations(description.annotations)
 {
     const std::size_t size = static_cast<std::size_t>(m_type.components) * elements();
     if (m_type.base == ValueBase::Float) {
-        m_floats.assign(size, 0.0f);
-        std::copy(description.values.begin(), description.values.end(), m_floats.begin());
+        if (size > std::size(m_inlineFloats)) {
+            m_heapFloats.assign(size, 0.0f);
+            m_floats = m_heapFloats.data();
+        }
+        m_floatCount = size;
+        std::copy(description.values.begin(), description.values.end(), m_floats);
     } else if (m_type.base == ValueBase::Sampler) {
         for (int element = 0; element < elements(); ++element)
             m_ints.push_back(samplerUnit + element);
@@ -69,25 +103,27 @@ bool Uniform::refuse(const char* operation, const char* why) const
     return false;
 }
 
-void Uniform::changed()
+void Uniform::bufferChanged()
 {
-    ++m_version;
-    if (m_buffer)
-        m_buffer->changed();
+    m_buffer->changed();
 }
 
-bool Uniform::setFloats(const char* operation, const float* values, int count, int exactComponents)
+inline bool Uniform::setFloats(const char* operation, const float* values, int count, int exactComponents)
 {
     if (m_type.base != ValueBase::Float)
         return refuse(operation, "not a float, vector or matrix uniform");
     if (exactComponents && m_type.components != exactComponents)
         return refuse(operation, "the uniform has another number of components");
-    if (!values || count < 1 || static_cast<std::size_t>(count) > m_floats.size())
+    if (!values || count < 1 || static_cast<std::size_t>(count) > m_floatCount)
         return refuse(operation, "no values, or more than the uniform holds");
-    if (!std::equal(values, values + count, m_floats.begin())) {
-        std::copy_n(values, count, m_floats.begin());
-        changed();
+    // One pass that compares and copies: setters run for every value of every frame.
+    bool differs = false;
+    for (int i = 0; i < count; ++i) {
+        differs |= m_floats[i] != values[i];
+        m_floats[i] = values[i];
     }
+    if (differs)
+        changed();
     return true;
 }
 
@@ -166,25 +202,14 @@ bool Uniform::getValuefv(float* values, int count) const
 {
     if (m_type.base == ValueBase::Sampler)
         return refuse("getValuefv", "a sampler has no value to read");
-    const std::size_t size = m_type.base == ValueBase::Float ? m_floats.size() : m_ints.size();
+    const std::size_t size = m_type.base == ValueBase::Float ? m_floatCount : m_ints.size();
     if (!values || count < 1 || static_cast<std::size_t>(count) > size)
         return refuse("getValuefv", "no room, or more values asked than the uniform holds");
     if (m_type.base == ValueBase::Float)
-        std::copy_n(m_floats.begin(), count, values);
+        std::copy_n(m_floats, count, values);
     else
         std::transform(m_ints.begin(), m_ints.begin() + count, values, [](int value) { return static_cast<float>(value); });
     return true;
-}
-
-void Uniform::push(int location) const
-{
-    const GLsizei count = elements();
-    if (m_type.base != ValueBase::Float)
-        kIntSetters[m_type.base == ValueBase::Sampler ? 0 : m_type.components - 1](location, count, m_ints.data());
-    else if (m_type.columns)
-        kMatrixSetters[m_type.columns - 2](location, count, GL_FALSE, m_floats.data());
-    else
-        kFloatSetters[m_type.components - 1](location, count, m_floats.data());
 }
 
 bool Uniform::bindTexture() const

@@ -49,30 +49,44 @@ public:
     unsigned int version() const { return m_version; }
     void markUsed() { m_used = true; }
     /// The value by component: floats for float types, ints for the others.
-    const std::vector<float>& floats() const { return m_floats; }
+    const float* floats() const { return m_floats; }
     const std::vector<int>& ints() const { return m_ints; }
     /// Pushes the value to `location` of the current program (glUniform*).
-    void push(int location) const;
+    void push(int location) const { m_pusher(*this, location); }
+    using Pusher = void (*)(const Uniform& uniform, int location);
     /// For samplers with a texture: binds it to the unit on the active texture unit
     /// it selects; false when there is nothing to bind.
     bool bindTexture() const;
 
 private:
     bool setFloats(const char* operation, const float* values, int count, int exactComponents);
-    bool refuse(const char* operation, const char* why) const;
-    void changed();
+    [[gnu::cold]] bool refuse(const char* operation, const char* why) const;
+    void changed()
+    {
+        ++m_version;
+        if (m_buffer)
+            bufferChanged();
+    }
+    void bufferChanged();
 
-    std::string m_name;
-    std::string m_semantic;
+    // What a setter and a push touch comes first, together.
     const ValueType& m_type;
     int m_arraySize;
-    Annotations m_annotations;
-    std::vector<float> m_floats;
+    unsigned int m_version = 1;
+    Pusher m_pusher;
+    ConstantBuffer* m_buffer; // borrowed: the buffer owns its members
+    float* m_floats;          ///< m_inlineFloats or m_heapFloats.data()
+    std::size_t m_floatCount = 0;
+    // A float value sits inside the object when it fits (every non-array uniform), so
+    // that setting and pushing it touches one object; an array's is on the heap.
+    float m_inlineFloats[16] = {};
+    std::vector<float> m_heapFloats;
     std::vector<int> m_ints; ///< ints, bools (0 or 1), or a sampler's unit
     unsigned int m_texture = 0;
-    unsigned int m_version = 1;
     bool m_used = false;
-    ConstantBuffer* m_buffer; // borrowed: the buffer owns its members
+    std::string m_name;
+    std::string m_semantic;
+    Annotations m_annotations;
 };
 
 } // namespace nvFX::detail
