@@ -24,6 +24,28 @@ std::string SampleText(const char* relative)
     return QorReadFile(std::string(QOR_SAMPLES_DIR) + "/" + relative);
 }
 
+// The ```glslfx blocks of docs/GLSLFX.md, in order.
+std::vector<std::string> DocumentedEffects()
+{
+    const std::string page = QorReadFile(std::string(QOR_SAMPLES_DIR) + "/../docs/GLSLFX.md");
+    const std::string fence = "```glslfx\n";
+    std::vector<std::string> blocks;
+    for (std::size_t start = page.find(fence); start != std::string::npos; start = page.find(fence, start)) {
+        start += fence.size();
+        const std::size_t end = page.find("```", start);
+        blocks.push_back(page.substr(start, end - start));
+    }
+    return blocks;
+}
+
+const char* g_documentedInclude = nullptr;
+
+void AnswerDocumentedInclude(const char* name, FILE*&, const char*& text)
+{
+    if (std::strcmp(name, "QorTint.glslfxh") == 0)
+        text = g_documentedInclude;
+}
+
 // A vertex and a fragment stage that read `uniforms` (GLSL expressions giving floats).
 std::string EffectReading(const std::string& declarations, const std::string& sum)
 {
@@ -63,6 +85,24 @@ TEST(EffectFormatTest, SampleLoadsWithItsTechniquePassAndUniformsInOrder)
     EXPECT_EQ(effect.findUniform("Glossiness"), effect.findUniform(11));
     EXPECT_EQ(effect.findUniform("glossiness"), nullptr);
     EXPECT_EQ(effect.findUniform(static_cast<const char*>(nullptr)), nullptr);
+}
+
+TEST(EffectFormatTest, DocumentedExampleLoadsAsTheDocumentationSays)
+{
+    const std::vector<std::string> blocks = DocumentedEffects();
+    ASSERT_EQ(blocks.size(), 2u);
+    g_documentedInclude = blocks[0].c_str();
+    nvFX::setIncludeCallback(AnswerDocumentedInclude);
+    const NvFXTest::Loaded loaded = Load(blocks[1], "glow");
+    nvFX::setIncludeCallback(nullptr);
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    std::vector<std::string> names;
+    for (int i = 0; nvFX::IUniform* uniform = loaded.container->findUniform(i); ++i)
+        names.push_back(uniform->getName());
+    EXPECT_EQ(names, (std::vector<std::string>{"WorldViewProj", "World", "LightDirection", "Albedo", "Tint"}));
+    EXPECT_NE(loaded.container->findBufferUniform("GlowStrength"), nullptr);
+    EXPECT_NE(loaded.container->findBufferUniform("Glow.GlowColour"), nullptr);
+    EXPECT_EQ(loaded.container->findTechnique("Glowing")->getNumPasses(), 2);
 }
 
 TEST(EffectFormatTest, EveryDeclarableTypeAnswersItsCodeComponentsAndDefault)
