@@ -1,6 +1,7 @@
 #include "Container_p.h"
 
-#include <cstring>
+#include "Lookup_p.h"
+
 #include <new>
 #include <string_view>
 
@@ -19,46 +20,24 @@ void IContainer::destroy(IContainer* container)
 
 namespace detail {
 
-namespace {
-
-template <typename T>
-T* AtIndex(const std::vector<std::unique_ptr<T>>& items, int index)
-{
-    return index >= 0 && static_cast<std::size_t>(index) < items.size() ? items[static_cast<std::size_t>(index)].get()
-                                                                         : nullptr;
-}
-
-template <typename T>
-T* ByName(const std::vector<std::unique_ptr<T>>& items, const char* name)
-{
-    if (!name)
-        return nullptr;
-    for (const std::unique_ptr<T>& item : items)
-        if (std::strcmp(item->getName(), name) == 0)
-            return item.get();
-    return nullptr;
-}
-
-} // namespace
-
 ITechnique* Container::findTechnique(int index)
 {
-    return AtIndex(m_content.techniques, index);
+    return atIndex(m_content.techniques, index);
 }
 
 ITechnique* Container::findTechnique(const char* name)
 {
-    return ByName(m_content.techniques, name);
+    return byName(m_content.techniques, name);
 }
 
 IUniform* Container::findUniform(int index)
 {
-    return AtIndex(m_content.uniforms, index);
+    return atIndex(m_content.uniforms, index);
 }
 
 IUniform* Container::findUniform(const char* name)
 {
-    return ByName(m_content.uniforms, name);
+    return byName(m_content.uniforms, name);
 }
 
 IUniform* Container::findBufferUniform(const char* name)

@@ -138,6 +138,12 @@ private:
     bool parsePass(TechniqueDescription& technique, const Token& keyword);
     bool parseStageCode(PassDescription& pass, int stage, const Token& key);
     bool parseState(PassDescription& pass, const Token& key);
+    template <typename Description>
+    bool startBlock(const std::vector<Description>& earlier, const char* what, const Token& keyword,
+                    Description& description);
+    template <typename Item>
+    bool parseBlockBody(const std::string& context, Item item);
+    bool parseOptionalAnnotations(AnnotationList& annotations);
     bool parseAnnotations(AnnotationList& annotations);
     bool parseAnnotationNumbers(AnnotationEntry& entry);
 
@@ -349,11 +355,8 @@ bool Parser::parseUniform(UniformDescription& uniform)
             return false;
         uniform.semantic = std::string(semantic.text);
     }
-    if (m_lexer->peek().is('<')) {
-        m_lexer->next();
-        if (!parseAnnotations(uniform.annotations))
-            return false;
-    }
+    if (!parseOptionalAnnotations(uniform.annotations))
+        return false;
     if (m_lexer->peek().is('=')) {
         m_lexer->next();
         if (!parseDefault(uniform))
@@ -442,110 +445,107 @@ bool Parser::addUniform(UniformDescription uniform)
     return true;
 }
 
-bool Parser::parseBuffer(const Token& keyword)
+template <typename Description>
+bool Parser::startBlock(const std::vector<Description>& earlier, const char* what, const Token& keyword,
+                        Description& description)
 {
     Token name;
-    if (!expectName(name, "a constant buffer name"))
+    if (!expectName(name, std::string("a ") + what + " name"))
         return false;
-    for (const BufferDescription& earlier : m_effect.buffers)
-        if (earlier.name == name.text)
-            return fail(name.line, "constant buffer " + Quoted(name.text) + " declared again (first at " +
-                                       where(earlier.at) + ")");
-    BufferDescription buffer;
-    buffer.name = std::string(name.text);
-    buffer.at = {m_source, keyword.line};
-    if (!expect('{', "after the constant buffer name"))
+    for (const Description& other : earlier)
+        if (other.name == name.text)
+            return fail(name.line, std::string(what) + " " + Quoted(name.text) + " declared again (first at " +
+                                       where(other.at) + ")");
+    description.name = std::string(name.text);
+    description.at = {m_source, keyword.line};
+    return true;
+}
+
+template <typename Item>
+bool Parser::parseBlockBody(const std::string& context, Item item)
+{
+    if (!expect('{', "to open " + context))
         return false;
     for (Token token; take(token);) {
         if (token.is('}')) {
             skipOptionalSemicolon();
-            m_effect.scope.push_back({ScopeItem::Buffer, m_effect.buffers.size()});
-            m_effect.buffers.push_back(std::move(buffer));
             return true;
         }
-        if (!token.is("uniform"))
-            return fail(token.line, "expected 'uniform' or '}' in constant buffer " + Quoted(buffer.name) + ", found " +
-                                        Describe(token));
-        UniformDescription member;
-        if (!parseUniform(member))
+        if (!item(token))
             return false;
-        if (member.type->base == ValueBase::Sampler)
-            return fail(member.at, "sampler " + Quoted(member.name) + " cannot be a member of a constant buffer");
-        buffer.members.push_back(std::move(member));
     }
     return false;
+}
+
+bool Parser::parseOptionalAnnotations(AnnotationList& annotations)
+{
+    if (!m_lexer->peek().is('<'))
+        return true;
+    m_lexer->next();
+    return parseAnnotations(annotations);
+}
+
+bool Parser::parseBuffer(const Token& keyword)
+{
+    BufferDescription buffer;
+    const std::string context = "constant buffer " + Quoted(m_lexer->peek().text);
+    const bool ok = startBlock(m_effect.buffers, "constant buffer", keyword, buffer) &&
+                    parseBlockBody(context, [&](const Token& token) {
+                        if (!token.is("uniform"))
+                            return fail(token.line, "expected 'uniform' or '}' in " + context + ", found " +
+                                                        Describe(token));
+                        UniformDescription member;
+                        if (!parseUniform(member))
+                            return false;
+                        if (member.type->base == ValueBase::Sampler)
+                            return fail(member.at, "sampler " + Quoted(member.name) +
+                                                       " cannot be a member of a constant buffer");
+                        buffer.members.push_back(std::move(member));
+                        return true;
+                    });
+    if (ok) {
+        m_effect.scope.push_back({ScopeItem::Buffer, m_effect.buffers.size()});
+        m_effect.buffers.push_back(std::move(buffer));
+    }
+    return ok;
 }
 
 bool Parser::parseTechnique(const Token& keyword)
 {
-    Token name;
-    if (!expectName(name, "a technique name"))
-        return false;
-    for (const TechniqueDescription& earlier : m_effect.techniques)
-        if (earlier.name == name.text)
-            return fail(name.line, "technique " + Quoted(name.text) + " declared again (first at " +
-                                       where(earlier.at) + ")");
     TechniqueDescription technique;
-    technique.name = std::string(name.text);
-    technique.at = {m_source, keyword.line};
-    if (m_lexer->peek().is('<')) {
-        m_lexer->next();
-        if (!parseAnnotations(technique.annotations))
-            return false;
-    }
-    if (!expect('{', "after the technique name"))
-        return false;
-    for (Token token; take(token);) {
-        if (token.is('}')) {
-            skipOptionalSemicolon();
-            m_effect.techniques.push_back(std::move(technique));
-            return true;
-        }
-        if (!token.is("Pass"))
-            return fail(token.line, "expected 'Pass' or '}' in technique " + Quoted(technique.name) + ", found " +
-                                        Describe(token));
-        if (!parsePass(technique, token))
-            return false;
-    }
-    return false;
+    const std::string context = "technique " + Quoted(m_lexer->peek().text);
+    const bool ok = startBlock(m_effect.techniques, "technique", keyword, technique) &&
+                    parseOptionalAnnotations(technique.annotations) &&
+                    parseBlockBody(context, [&](const Token& token) {
+                        if (!token.is("Pass"))
+                            return fail(token.line, "expected 'Pass' or '}' in " + context + ", found " +
+                                                        Describe(token));
+                        return parsePass(technique, token);
+                    });
+    if (ok)
+        m_effect.techniques.push_back(std::move(technique));
+    return ok;
 }
 
 bool Parser::parsePass(TechniqueDescription& technique, const Token& keyword)
 {
-    Token name;
-    if (!expectName(name, "a pass name"))
-        return false;
-    for (const PassDescription& earlier : technique.passes)
-        if (earlier.name == name.text)
-            return fail(name.line, "pass " + Quoted(name.text) + " declared again in technique " +
-                                       Quoted(technique.name));
     PassDescription pass;
-    pass.name = std::string(name.text);
-    pass.at = {m_source, keyword.line};
-    if (m_lexer->peek().is('<')) {
-        m_lexer->next();
-        if (!parseAnnotations(pass.annotations))
-            return false;
-    }
-    if (!expect('{', "after the pass name"))
-        return false;
-    for (Token key; take(key);) {
-        if (key.is('}')) {
-            skipOptionalSemicolon();
-            technique.passes.push_back(std::move(pass));
-            return true;
-        }
-        if (key.kind != Token::Identifier)
-            return fail(key.line, "expected a pass state or '}' in pass " + Quoted(pass.name) + ", found " +
-                                      Describe(key));
-        int stage = 0;
-        while (stage < StageCount && key.text != kStageKeys[stage])
-            ++stage;
-        const bool ok = stage < StageCount ? parseStageCode(pass, stage, key) : parseState(pass, key);
-        if (!ok || !expect(';', "after " + Quoted(key.text)))
-            return false;
-    }
-    return false;
+    const std::string context = "pass " + Quoted(m_lexer->peek().text);
+    const bool ok = startBlock(technique.passes, "pass", keyword, pass) && parseOptionalAnnotations(pass.annotations) &&
+                    parseBlockBody(context, [&](const Token& key) {
+                        if (key.kind != Token::Identifier)
+                            return fail(key.line, "expected a pass state or '}' in " + context + ", found " +
+                                                      Describe(key));
+                        int stage = 0;
+                        while (stage < StageCount && key.text != kStageKeys[stage])
+                            ++stage;
+                        const bool assigned =
+                            stage < StageCount ? parseStageCode(pass, stage, key) : parseState(pass, key);
+                        return assigned && expect(';', "after " + Quoted(key.text));
+                    });
+    if (ok)
+        technique.passes.push_back(std::move(pass));
+    return ok;
 }
 
 bool Parser::parseStageCode(PassDescription& pass, int stage, const Token& key)

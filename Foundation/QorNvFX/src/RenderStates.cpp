@@ -3,6 +3,8 @@
 
 #include "RenderStates_p.h"
 
+#include "Lookup_p.h"
+
 #include <GL/gl.h>
 #include <GL/glext.h>
 
@@ -187,10 +189,7 @@ const RenderStateKind kStates[] = {
 
 const RenderStateKind* findRenderState(std::string_view name)
 {
-    for (const RenderStateKind& kind : kStates)
-        if (name == kind.name)
-            return &kind;
-    return nullptr;
+    return inTable(kStates, &RenderStateKind::name, name);
 }
 
 RenderStateSyntax syntaxOf(const RenderStateKind& kind)

@@ -1,6 +1,6 @@
 #include "Technique_p.h"
 
-#include <cstring>
+#include "Lookup_p.h"
 
 namespace nvFX::detail {
 
@@ -11,7 +11,7 @@ Technique::Technique(std::string name, AnnotationList annotations, std::vector<s
 
 IPass* Technique::getPass(int index)
 {
-    return index >= 0 && index < getNumPasses() ? m_passes[static_cast<std::size_t>(index)].get() : nullptr;
+    return atIndex(m_passes, index);
 }
 
 bool Technique::validate()
@@ -24,12 +24,7 @@ bool Technique::validate()
 
 IPass* Technique::findPass(const char* name)
 {
-    if (!name)
-        return nullptr;
-    for (const std::unique_ptr<Pass>& pass : m_passes)
-        if (std::strcmp(pass->getName(), name) == 0)
-            return pass.get();
-    return nullptr;
+    return byName(m_passes, name);
 }
 
 } // namespace nvFX::detail

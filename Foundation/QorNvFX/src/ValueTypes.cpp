@@ -1,5 +1,7 @@
 #include "ValueTypes_p.h"
 
+#include "Lookup_p.h"
+
 #include <GL/gl.h>
 #include <GL/glext.h>
 
@@ -36,10 +38,7 @@ constexpr ValueType kTypes[] = {
 
 const ValueType* findValueType(std::string_view keyword)
 {
-    for (const ValueType& type : kTypes)
-        if (keyword == type.keyword)
-            return &type;
-    return nullptr;
+    return inTable(kTypes, &ValueType::keyword, keyword);
 }
 
 } // namespace nvFX::detail

@@ -44,6 +44,8 @@ TEST(EffectErrorsTest, SyntaxAndStructureErrorsNameTheirLine)
         {"unclosed string", "uniform float a < UIName = \"open\n; >;", "effect(1): error: string not closed on its line"},
         {"unclosed technique", std::string(kStages) + "Technique T {\n Pass P { VertexProgram = VS; }\n",
          "effect(3): error: expected 'Pass' or '}' in technique 'T', found the end of the text"},
+        {"unopened pass", std::string(kStages) + "Technique T { Pass P\n VertexProgram = VS; }",
+         "effect(3): error: expected '{' to open pass 'P', found 'VertexProgram'"},
         {"bad character", "uniform float a;\n@", "effect(2): error: unexpected character '@'"},
         {"bad byte", "uniform float a;\n\x01", "effect(2): error: unexpected byte 0x01"},
         {"other directive", "#define X 1", "effect(1): error: unsupported directive '#define'"},
@@ -105,7 +107,7 @@ TEST(EffectErrorsTest, PassesAreChecked)
         {"offset with one number", stages + "Technique T { Pass P { VertexProgram = VS;\n POLYGON_OFFSET = { 1 }; } }",
          "effect(3): error: expected ',' between the two numbers of 'POLYGON_OFFSET', found '}'"},
         {"pass twice", stages + "Technique T {\n Pass P { VertexProgram = VS; }\n Pass P { VertexProgram = VS; } }",
-         "effect(4): error: pass 'P' declared again in technique 'T'"},
+         "effect(4): error: pass 'P' declared again (first at effect(3))"},
     };
     for (const RefusedCase& c : cases)
         ExpectRefused(c);

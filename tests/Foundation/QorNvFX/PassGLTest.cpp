@@ -53,14 +53,14 @@ Technique Draw {
 
 using Rgba = std::array<int, 4>;
 
+// Two front-facing (counter-clockwise) triangles over the whole viewport.
 void DrawQuadCoveringClipSpace()
 {
-    glBegin(GL_QUADS);
-    glVertex3f(-1.0f, -1.0f, 0.0f);
-    glVertex3f(1.0f, -1.0f, 0.0f);
-    glVertex3f(1.0f, 1.0f, 0.0f);
-    glVertex3f(-1.0f, 1.0f, 0.0f);
-    glEnd();
+    static const GLfloat corners[] = {-1.0f, -1.0f, 1.0f, -1.0f, -1.0f, 1.0f, 1.0f, 1.0f};
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(2, GL_FLOAT, 0, corners);
+    glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
+    glDisableClientState(GL_VERTEX_ARRAY);
 }
 
 // Sets the pass up, draws the quad, restores, and reads the middle pixel.
@@ -110,14 +110,25 @@ struct TextureName
     TextureName& operator=(const TextureName&) = delete;
 };
 
+// A 16 x 16 context and the effect loaded.
+class PassGLTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+        loaded = NvFXTest::Load(kEffect);
+        ASSERT_TRUE(loaded.ok) << loaded.messages;
+    }
+
+    QorGLContext gl;
+    NvFXTest::Loaded loaded; // destroyed first, while the context is still current
+};
+
 } // namespace
 
-TEST(PassGLTest, QuadTakesItsColourFromValuesSetThroughTheInterface)
+TEST_F(PassGLTest, QuadTakesItsColourFromValuesSetThroughTheInterface)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
-    const NvFXTest::Loaded loaded = NvFXTest::Load(kEffect);
-    ASSERT_TRUE(loaded.ok) << loaded.messages;
     nvFX::IContainer& effect = *loaded.container;
     nvFX::IPass& pass = *effect.findTechnique("Draw")->getExInterface()->findPass("Flat");
 
@@ -148,12 +159,8 @@ TEST(PassGLTest, QuadTakesItsColourFromValuesSetThroughTheInterface)
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
-TEST(PassGLTest, RenderStatesHoldForTheDrawAndArePutBackAfter)
+TEST_F(PassGLTest, RenderStatesHoldForTheDrawAndArePutBackAfter)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
-    const NvFXTest::Loaded loaded = NvFXTest::Load(kEffect);
-    ASSERT_TRUE(loaded.ok) << loaded.messages;
     nvFX::IContainer& effect = *loaded.container;
     nvFX::IPass& pass = *effect.findTechnique(0)->getPass(1);
     ASSERT_TRUE(pass.validate());
@@ -189,12 +196,8 @@ TEST(PassGLTest, RenderStatesHoldForTheDrawAndArePutBackAfter)
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
-TEST(PassGLTest, ProgramsAreMadeOnceAndGoWithTheirContainer)
+TEST_F(PassGLTest, ProgramsAreMadeOnceAndGoWithTheirContainer)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(8, 8)) << gl.GetError();
-    NvFXTest::Loaded loaded = NvFXTest::Load(kEffect);
-    ASSERT_TRUE(loaded.ok) << loaded.messages;
     nvFX::ITechnique& technique = *loaded.container->findTechnique(0);
     ASSERT_TRUE(technique.validate());
     nvFX::IPassEx& pass = *technique.getPass(0)->getExInterface();
