@@ -144,6 +144,11 @@ private:
     template <typename Item>
     bool parseBlockBody(const std::string& context, Item item);
     bool parseOptionalAnnotations(AnnotationList& annotations);
+    /// True, and the brace taken, when a '{' comes next.
+    bool takeOpeningBrace();
+    /// `element` once, or (`braced`, the '{' taken) elements separated by ',' up to '}'.
+    template <typename Element>
+    bool parseList(bool braced, bool mayBeEmpty, const std::string& context, Element element);
     bool parseAnnotations(AnnotationList& annotations);
     bool parseAnnotationNumbers(AnnotationEntry& entry);
 
@@ -372,16 +377,11 @@ bool Parser::parseDefault(UniformDescription& uniform)
     if (type.base == ValueBase::Sampler)
         return fail(uniform.at, what + ": a sampler takes no value");
     const std::size_t expected = static_cast<std::size_t>(type.components) * std::max(uniform.arraySize, 1);
-    const bool list = m_lexer->peek().is('{');
-    if (list)
-        m_lexer->next();
-    for (;;) {
+    const bool ok = parseList(takeOpeningBrace(), true, "the value of " + what, [&] {
         Token token;
+        double value = 0.0;
         if (!take(token))
             return false;
-        if (list && token.is('}') && uniform.values.empty())
-            break;
-        double value = 0.0;
         if (token.is("true") || token.is("false"))
             value = token.is("true") ? 1.0 : 0.0;
         else if (!parseNumber(token, value))
@@ -391,16 +391,10 @@ bool Parser::parseDefault(UniformDescription& uniform)
         if (uniform.values.size() == expected)
             return fail(token.line, what + " takes " + std::to_string(expected) + " values, more are given");
         uniform.values.push_back(value);
-        if (!list)
-            break;
-        Token separator;
-        if (!take(separator))
-            return false;
-        if (separator.is('}'))
-            break;
-        if (!separator.is(','))
-            return fail(separator.line, "expected ',' or '}' in the value of " + what);
-    }
+        return true;
+    });
+    if (!ok)
+        return false;
     if (uniform.values.size() != expected)
         return fail(uniform.at, what + " takes " + std::to_string(expected) + " values, " +
                                     std::to_string(uniform.values.size()) + " given");
@@ -554,24 +548,13 @@ bool Parser::parseStageCode(PassDescription& pass, int stage, const Token& key)
         return fail(key.line, Quoted(key.text) + " assigned twice in pass " + Quoted(pass.name));
     if (!expect('=', "after " + Quoted(key.text)))
         return false;
-    const bool list = m_lexer->peek().is('{');
-    if (list)
-        m_lexer->next();
-    for (;;) {
+    return parseList(takeOpeningBrace(), false, "the code list of " + Quoted(key.text), [&] {
         Token name;
         if (!expectName(name, "a code name for " + Quoted(key.text)))
             return false;
         pass.stages[stage].push_back({std::string(name.text), {m_source, name.line}});
-        if (!list)
-            return true;
-        Token separator;
-        if (!take(separator))
-            return false;
-        if (separator.is('}'))
-            return true;
-        if (!separator.is(','))
-            return fail(separator.line, "expected ',' or '}' in the code list of " + Quoted(key.text));
-    }
+        return true;
+    });
 }
 
 bool Parser::parseState(PassDescription& pass, const Token& key)
@@ -644,25 +627,47 @@ bool Parser::parseAnnotations(AnnotationList& annotations)
 
 bool Parser::parseAnnotationNumbers(AnnotationEntry& entry)
 {
-    for (Token token; take(token);) {
-        if (token.is('}') && entry.numbers.empty())
-            return true;
+    return parseList(true, true, "annotation " + Quoted(entry.name), [&] {
+        Token token;
         double number = 0.0;
-        if (!parseNumber(token, number))
+        if (!take(token) || !parseNumber(token, number))
             return false;
         if (entry.numbers.size() == kMaxListNumbers)
             return fail(token.line, "annotation " + Quoted(entry.name) + " lists more than " +
                                         std::to_string(kMaxListNumbers) + " numbers");
         entry.numbers.push_back(static_cast<float>(number));
+        return true;
+    });
+}
+
+bool Parser::takeOpeningBrace()
+{
+    if (!m_lexer->peek().is('{'))
+        return false;
+    m_lexer->next();
+    return true;
+}
+
+template <typename Element>
+bool Parser::parseList(bool braced, bool mayBeEmpty, const std::string& context, Element element)
+{
+    if (braced && mayBeEmpty && m_lexer->peek().is('}')) {
+        m_lexer->next();
+        return true;
+    }
+    for (;;) {
+        if (!element())
+            return false;
+        if (!braced)
+            return true;
         Token separator;
         if (!take(separator))
             return false;
         if (separator.is('}'))
             return true;
         if (!separator.is(','))
-            return fail(separator.line, "expected ',' or '}' in annotation " + Quoted(entry.name));
+            return fail(separator.line, "expected ',' or '}' in " + context + ", found " + Describe(separator));
     }
-    return false;
 }
 
 bool Parser::resolveCode()

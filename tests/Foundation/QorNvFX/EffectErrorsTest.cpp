@@ -72,6 +72,8 @@ TEST(EffectErrorsTest, UniformDeclarationsAreChecked)
         {"too few values", "uniform vec4 a =\n {1, 2};", "effect(1): error: uniform 'a' (vec4) takes 4 values, 2 given"},
         {"too many values", "uniform vec2 a[2] = {1, 2, 3, 4,\n 5};",
          "effect(2): error: uniform 'a' (vec2[]) takes 4 values, more are given"},
+        {"values without commas", "uniform vec2 a = {1 2};",
+         "effect(1): error: expected ',' or '}' in the value of uniform 'a' (vec2), found '2'"},
         {"scalar for a vector", "uniform vec3 a = 1;", "effect(1): error: uniform 'a' (vec3) takes 3 values, 1 given"},
         {"fraction for an int", "uniform ivec2 a = {1, 2.5};", "effect(1): error: uniform 'a' (ivec2) takes whole numbers"},
         {"value for a sampler", "uniform sampler2D s = 0;",
@@ -106,6 +108,8 @@ TEST(EffectErrorsTest, PassesAreChecked)
          "GL_GREATER, GL_NOTEQUAL, GL_GEQUAL, GL_ALWAYS)"},
         {"offset with one number", stages + "Technique T { Pass P { VertexProgram = VS;\n POLYGON_OFFSET = { 1 }; } }",
          "effect(3): error: expected ',' between the two numbers of 'POLYGON_OFFSET', found '}'"},
+        {"list without commas", stages + "Technique T { Pass P {\n FragmentProgram = { VS VS }; } }",
+         "effect(3): error: expected ',' or '}' in the code list of 'FragmentProgram', found 'VS'"},
         {"pass twice", stages + "Technique T {\n Pass P { VertexProgram = VS; }\n Pass P { VertexProgram = VS; } }",
          "effect(4): error: pass 'P' declared again (first at effect(3))"},
     };
