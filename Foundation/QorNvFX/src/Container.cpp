@@ -9,7 +9,11 @@ namespace nvFX {
 
 IContainer* IContainer::create(const char* name)
 {
-    return new (std::nothrow) detail::Container(name);
+    try {
+        return new detail::Container(name);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void IContainer::destroy(IContainer* container)

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <mutex>
+#include <new>
 #include <utility>
 
 namespace nvFX {
@@ -39,13 +40,22 @@ int printf(const char* format, ...)
 {
     if (!format)
         return -1;
+    std::string message;
     std::va_list arguments;
     va_start(arguments, format);
-    const std::string message = detail::formatv(format, arguments);
+    try {
+        message = detail::formatv(format, arguments);
+    } catch (const std::bad_alloc&) {
+        message.clear(); // no memory for the text: reported as a format failure
+    }
     va_end(arguments);
     if (message.empty() && *format)
         return -1;
-    Deliver(message);
+    try {
+        Deliver(message);
+    } catch (...) {
+        return -1; // a sink that throws does not take the caller with it
+    }
     return static_cast<int>(message.size());
 }
 

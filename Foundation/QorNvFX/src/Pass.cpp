@@ -12,6 +12,8 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <new>
+
 namespace nvFX::detail {
 
 Pass::Pass(PassContent content) : m_content(std::move(content)), m_annotations(std::move(m_content.annotations)) {}
@@ -32,7 +34,11 @@ bool Pass::validate()
         nvFX::printf("nvFX: %s: no GL context is current\n", m_content.label.c_str());
         return false;
     }
-    m_program = buildGLProgram(m_content.stages, m_content.label);
+    try {
+        m_program = buildGLProgram(m_content.stages, m_content.label);
+    } catch (const std::bad_alloc&) {
+        nvFX::printf("nvFX: %s: out of memory for the GL program\n", m_content.label.c_str());
+    }
     if (!m_program) {
         m_refused = true;
         return false;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,6 +18,10 @@ TEST(MessagesTest, MessagesAreFormattedOnceAndReachTheSinkAsData)
     EXPECT_EQ(nvFX::printf(nullptr), -1);
     nvFX::setMessageSink(std::move(previous));
     EXPECT_EQ(received, std::vector<std::string>{"path/%n%s has 5%"});
+
+    previous = nvFX::setMessageSink([](const char*) { throw std::runtime_error("sink failed"); });
+    EXPECT_EQ(nvFX::printf("thrown away"), -1) << "a throwing sink does not throw through printf";
+    nvFX::setMessageSink(std::move(previous));
 
     testing::internal::CaptureStdout();
     nvFX::printf("to %s\n", "stdout %d");
