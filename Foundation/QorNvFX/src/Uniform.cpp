@@ -58,7 +58,10 @@ Uniform::Pusher ChoosePusher(const ValueType& type)
 } // namespace
 
 Uniform::Uniform(const UniformDescription& description, ConstantBuffer* buffer, int samplerUnit)
-    : m_type(*description.type),
+    : m_vectorComponents(description.type->base == ValueBase::Float && !description.type->columns
+                             ? description.type->components
+                             : 0),
+      m_type(*description.type),
       m_arraySize(description.arraySize),
       m_pusher(ChoosePusher(m_type)),
       m_buffer(buffer),
@@ -108,12 +111,10 @@ void Uniform::bufferChanged()
     m_buffer->changed();
 }
 
-inline bool Uniform::setFloats(const char* operation, const float* values, int count, int exactComponents)
+bool Uniform::setFloats(const char* operation, const float* values, int count)
 {
     if (m_type.base != ValueBase::Float)
         return refuse(operation, "not a float, vector or matrix uniform");
-    if (exactComponents && m_type.components != exactComponents)
-        return refuse(operation, "the uniform has another number of components");
     if (!values || count < 1 || static_cast<std::size_t>(count) > m_floatCount)
         return refuse(operation, "no values, or more than the uniform holds");
     // One pass that compares and copies: setters run for every value of every frame.
@@ -127,37 +128,56 @@ inline bool Uniform::setFloats(const char* operation, const float* values, int c
     return true;
 }
 
+// The setValueNf road, the one renderers take every frame: one check, a fixed count.
+template <int N>
+bool Uniform::setVector(const char* operation, const float (&values)[N])
+{
+    if (m_vectorComponents != N)
+        return refuse(operation, "not a float or vector uniform of that many components");
+    bool differs = false;
+    for (int i = 0; i < N; ++i) {
+        differs |= m_floats[i] != values[i];
+        m_floats[i] = values[i];
+    }
+    if (differs)
+        changed();
+    return true;
+}
+
 bool Uniform::setValue1f(float x)
 {
-    return setFloats("setValue1f", &x, 1, 1);
+    const float values[] = {x};
+    return setVector("setValue1f", values);
 }
 
 bool Uniform::setValue2f(float x, float y)
 {
     const float values[] = {x, y};
-    return setFloats("setValue2f", values, 2, 2);
+    return setVector("setValue2f", values);
 }
 
 bool Uniform::setValue3f(float x, float y, float z)
 {
     const float values[] = {x, y, z};
-    return setFloats("setValue3f", values, 3, 3);
+    return setVector("setValue3f", values);
 }
 
 bool Uniform::setValue4f(float x, float y, float z, float w)
 {
     const float values[] = {x, y, z, w};
-    return setFloats("setValue4f", values, 4, 4);
+    return setVector("setValue4f", values);
 }
 
 bool Uniform::setValuefv(const float* values, int count)
 {
-    return setFloats("setValuefv", values, count, 0);
+    return setFloats("setValuefv", values, count);
 }
 
 bool Uniform::setMatrix4f(const float* columnMajor)
 {
-    return setFloats("setMatrix4f", columnMajor, 16, m_type.code == TMat4 ? 16 : -1);
+    if (m_type.code != TMat4)
+        return refuse("setMatrix4f", "not a mat4 uniform");
+    return setFloats("setMatrix4f", columnMajor, 16);
 }
 
 bool Uniform::setValueiv(const int* values, int count)

@@ -59,7 +59,9 @@ public:
     bool bindTexture() const;
 
 private:
-    bool setFloats(const char* operation, const float* values, int count, int exactComponents);
+    bool setFloats(const char* operation, const float* values, int count);
+    template <int N>
+    bool setVector(const char* operation, const float (&values)[N]);
     [[gnu::cold]] bool refuse(const char* operation, const char* why) const;
     void changed()
     {
@@ -70,6 +72,7 @@ private:
     void bufferChanged();
 
     // What a setter and a push touch comes first, together.
+    int m_vectorComponents; ///< components of a float or vecN uniform; 0 for other types
     const ValueType& m_type;
     int m_arraySize;
     unsigned int m_version = 1;
