@@ -1,0 +1,392 @@
+#include "EffectParser_p.h"
+
+#include "IncludeReader_p.h"
+#include "Parser_p.h"
+#include "ValueTypes_p.h"
+
+#include <utility>
+
+namespace nvFX::detail {
+
+const CodePiece* EffectDescription::findCode(const std::string& name) const
+{
+    for (const CodePiece& piece : namedCode)
+        if (piece.name == name)
+            return &piece;
+    return nullptr;
+}
+
+namespace {
+
+constexpr int kMaxIncludeDepth = 16;
+constexpr int kMaxIncludes = 256;
+constexpr std::size_t kMaxTotalBytes = 64u << 20;
+
+// Constructs of the wider ".glslfx" format this runtime refuses, by the start of their
+// keywords, with what they are.
+struct Refused
+{
+    std::string_view prefix;
+    const char* what;
+};
+
+constexpr Refused kRefused[] = {
+    {"Sampler", "sampler states"},     {"sampler_state", "sampler states"},
+    {"Texture", "texture resources"},  {"Image", "texture resources"},
+    {"Namespace", "namespaces"},       {"namespace", "namespaces"},
+    {"Compute", "compute programs"},   {"GLSLCompute", "compute programs"},
+    {"CUDA", "CUDA code"},             {"HLSL", "HLSL code"},
+    {"FrameBuffer", "frame buffers"},  {"FBO", "frame buffers"},
+    {"RenderBuffer", "frame buffers"}, {"RenderTarget", "frame buffers"},
+    {"CurrentTarget", "frame buffers"}, {"Clear", "frame buffers"},
+    {"Viewport", "frame buffers"},
+};
+
+const char* RefusedConstruct(std::string_view word)
+{
+    for (const Refused& refused : kRefused)
+        if (word.compare(0, refused.prefix.size(), refused.prefix) == 0)
+            return refused.what;
+    return nullptr;
+}
+
+constexpr std::string_view kStageKeys[StageCount] = {"VertexProgram", "FragmentProgram", "GeometryProgram"};
+
+std::string CollapseSpaces(std::string_view text)
+{
+    std::string result;
+    for (const char c : text) {
+        const bool space = c == ' ' || c == '\t' || c == '\r';
+        if (!space)
+            result += c;
+        else if (!result.empty() && result.back() != ' ')
+            result += ' ';
+    }
+    while (!result.empty() && result.back() == ' ')
+        result.pop_back();
+    return result;
+}
+
+} // namespace
+
+bool Parser::parseSource(std::string_view text, int source)
+{
+    Lexer lexer(text);
+    Lexer* const outerLexer = std::exchange(m_lexer, &lexer);
+    const int outerSource = std::exchange(m_source, source);
+    bool ok = true;
+    for (Token token; ok;) {
+        ok = take(token);
+        if (!ok || token.kind == Token::End)
+            break;
+        ok = parseItem(token);
+    }
+    m_lexer = outerLexer;
+    m_source = outerSource;
+    return ok;
+}
+
+bool Parser::parseItem(const Token& token)
+{
+    if (token.is('#'))
+        return parseInclude(token);
+    if (token.is("GLSLShader"))
+        return parseCode(token);
+    if (token.is("uniform")) {
+        UniformDescription uniform;
+        return parseUniform(uniform) && addUniform(std::move(uniform));
+    }
+    if (token.is("ConstantBuffer"))
+        return parseBuffer(token);
+    if (token.is("Technique"))
+        return parseTechnique(token);
+    if (token.kind == Token::Identifier) {
+        if (const char* what = RefusedConstruct(token.text))
+            return fail(token.line, std::string(what) + " are not supported: " + quoted(token.text));
+        return fail(token.line, "unknown block " + quoted(token.text));
+    }
+    return fail(token.line, "unexpected " + describe(token) + " at effect scope");
+}
+
+bool Parser::parseInclude(const Token& hash)
+{
+    Token directive, name;
+    if (!expectName(directive, "'include' after '#'"))
+        return false;
+    if (!directive.is("include"))
+        return fail(directive.line, "unsupported directive '#" + std::string(directive.text) + "'");
+    if (!take(name))
+        return false;
+    if (name.kind != Token::String)
+        return fail(name.line, "expected a quoted name after #include");
+    const std::string file(name.text);
+    for (const std::string& open : m_includeStack) {
+        if (open != file)
+            continue;
+        std::string chain;
+        for (const std::string& step : m_includeStack)
+            chain += step + " -> ";
+        return fail(hash.line, "include cycle: " + chain + file);
+    }
+    if (static_cast<int>(m_includeStack.size()) >= kMaxIncludeDepth)
+        return fail(hash.line, "includes nest deeper than " + std::to_string(kMaxIncludeDepth) + " levels");
+    if (m_includes >= kMaxIncludes)
+        return fail(hash.line, "more than " + std::to_string(kMaxIncludes) + " includes");
+    std::string content;
+    switch (readInclude(file, content)) {
+    case IncludeStatus::Found:
+        break;
+    case IncludeStatus::Missing:
+        return fail(hash.line, "include " + quoted(file) + " not found");
+    case IncludeStatus::TooLarge:
+        return fail(hash.line, "include " + quoted(file) + " is larger than 16 MiB");
+    case IncludeStatus::Unreadable:
+        return fail(hash.line, "include " + quoted(file) + " could not be read");
+    }
+    m_totalBytes += content.size();
+    if (m_totalBytes > kMaxTotalBytes)
+        return fail(hash.line, "includes add up to more than 64 MiB");
+    ++m_includes;
+    m_includeStack.push_back(file);
+    const bool ok = parseSource(content, m_effect.sources.add(file));
+    m_includeStack.pop_back();
+    return ok;
+}
+
+bool Parser::parseCode(const Token& keyword)
+{
+    CodePiece piece;
+    if (m_lexer->peek().kind == Token::Identifier) {
+        piece.name = std::string(m_lexer->next().text);
+        if (const CodePiece* earlier = m_effect.findCode(piece.name))
+            return fail(keyword.line, "code " + quoted(piece.name) + " declared again (first at " + where(earlier->at) + ")");
+    }
+    if (!expect('{', "after GLSLShader"))
+        return false;
+    const Token body = m_lexer->captureBlock();
+    if (body.kind == Token::Error)
+        return fail(keyword.line, "GLSLShader " + quoted(piece.name) + ": " + std::string(body.text));
+    piece.text = std::string(body.text);
+    piece.at = {m_source, body.line};
+    skipOptionalSemicolon();
+    if (!piece.name.empty()) {
+        m_effect.namedCode.push_back(std::move(piece));
+        return true;
+    }
+    if (!takeVersion(piece))
+        return false;
+    m_effect.scope.push_back({ScopeItem::SharedCode, m_effect.sharedCode.size()});
+    m_effect.sharedCode.push_back(std::move(piece));
+    return true;
+}
+
+// A "#version" line of shared code sets the version of every stage: it is taken out of
+// the piece (blanked, so lines keep their numbers) and put first in each stage.
+bool Parser::takeVersion(CodePiece& piece)
+{
+    std::size_t lineStart = 0;
+    for (int line = piece.at.line; lineStart < piece.text.size(); ++line) {
+        std::size_t lineEnd = piece.text.find('\n', lineStart);
+        if (lineEnd == std::string::npos)
+            lineEnd = piece.text.size();
+        const std::string directive = CollapseSpaces(std::string_view(piece.text).substr(lineStart, lineEnd - lineStart));
+        if (directive.compare(0, 9, "#version ") == 0 || directive.compare(0, 10, "# version ") == 0) {
+            const SourceLocation at{piece.at.source, line};
+            if (!m_effect.version.empty() && m_effect.version != directive)
+                return fail(at, quoted(directive) + " differs from " + quoted(m_effect.version) + " at " +
+                                    where(m_effect.versionAt));
+            m_effect.version = directive;
+            m_effect.versionAt = at;
+            piece.text.replace(lineStart, lineEnd - lineStart, lineEnd - lineStart, ' ');
+        }
+        lineStart = lineEnd + 1;
+    }
+    return true;
+}
+
+bool Parser::addUniform(UniformDescription uniform)
+{
+    for (const UniformDescription& earlier : m_effect.uniforms) {
+        if (earlier.name != uniform.name)
+            continue;
+        if (earlier.type == uniform.type && earlier.arraySize == uniform.arraySize)
+            return true; // the same declaration again, as two includes may both make it
+        return fail(uniform.at, "uniform " + quoted(uniform.name) + " declared again with another type (first at " +
+                                    where(earlier.at) + ")");
+    }
+    m_effect.scope.push_back({ScopeItem::Uniform, m_effect.uniforms.size()});
+    m_effect.uniforms.push_back(std::move(uniform));
+    return true;
+}
+
+template <typename Description>
+bool Parser::startBlock(const std::vector<Description>& earlier, const char* what, const Token& keyword,
+                        Description& description)
+{
+    Token name;
+    if (!expectName(name, std::string("a ") + what + " name"))
+        return false;
+    for (const Description& other : earlier)
+        if (other.name == name.text)
+            return fail(name.line, std::string(what) + " " + quoted(name.text) + " declared again (first at " +
+                                       where(other.at) + ")");
+    description.name = std::string(name.text);
+    description.at = {m_source, keyword.line};
+    return true;
+}
+
+template <typename Item>
+bool Parser::parseBlockBody(const std::string& context, Item item)
+{
+    if (!expect('{', "to open " + context))
+        return false;
+    for (Token token; take(token);) {
+        if (token.is('}')) {
+            skipOptionalSemicolon();
+            return true;
+        }
+        if (!item(token))
+            return false;
+    }
+    return false;
+}
+
+bool Parser::parseBuffer(const Token& keyword)
+{
+    BufferDescription buffer;
+    const std::string context = "constant buffer " + quoted(m_lexer->peek().text);
+    const bool ok = startBlock(m_effect.buffers, "constant buffer", keyword, buffer) &&
+                    parseBlockBody(context, [&](const Token& token) {
+                        if (!token.is("uniform"))
+                            return fail(token.line, "expected 'uniform' or '}' in " + context + ", found " +
+                                                        describe(token));
+                        UniformDescription member;
+                        if (!parseUniform(member))
+                            return false;
+                        if (member.type->base == ValueBase::Sampler)
+                            return fail(member.at, "sampler " + quoted(member.name) +
+                                                       " cannot be a member of a constant buffer");
+                        buffer.members.push_back(std::move(member));
+                        return true;
+                    });
+    if (ok) {
+        m_effect.scope.push_back({ScopeItem::Buffer, m_effect.buffers.size()});
+        m_effect.buffers.push_back(std::move(buffer));
+    }
+    return ok;
+}
+
+bool Parser::parseTechnique(const Token& keyword)
+{
+    TechniqueDescription technique;
+    const std::string context = "technique " + quoted(m_lexer->peek().text);
+    const bool ok = startBlock(m_effect.techniques, "technique", keyword, technique) &&
+                    parseOptionalAnnotations(technique.annotations) &&
+                    parseBlockBody(context, [&](const Token& token) {
+                        if (!token.is("Pass"))
+                            return fail(token.line, "expected 'Pass' or '}' in " + context + ", found " +
+                                                        describe(token));
+                        return parsePass(technique, token);
+                    });
+    if (ok)
+        m_effect.techniques.push_back(std::move(technique));
+    return ok;
+}
+
+bool Parser::parsePass(TechniqueDescription& technique, const Token& keyword)
+{
+    PassDescription pass;
+    const std::string context = "pass " + quoted(m_lexer->peek().text);
+    const bool ok = startBlock(technique.passes, "pass", keyword, pass) && parseOptionalAnnotations(pass.annotations) &&
+                    parseBlockBody(context, [&](const Token& key) {
+                        if (key.kind != Token::Identifier)
+                            return fail(key.line, "expected a pass state or '}' in " + context + ", found " +
+                                                      describe(key));
+                        int stage = 0;
+                        while (stage < StageCount && key.text != kStageKeys[stage])
+                            ++stage;
+                        const bool assigned =
+                            stage < StageCount ? parseStageCode(pass, stage, key) : parseState(pass, key);
+                        return assigned && expect(';', "after " + quoted(key.text));
+                    });
+    if (ok)
+        technique.passes.push_back(std::move(pass));
+    return ok;
+}
+
+bool Parser::parseStageCode(PassDescription& pass, int stage, const Token& key)
+{
+    if (!pass.stages[stage].empty())
+        return fail(key.line, quoted(key.text) + " assigned twice in pass " + quoted(pass.name));
+    if (!expect('=', "after " + quoted(key.text)))
+        return false;
+    return parseList(takeOpeningBrace(), false, "the code list of " + quoted(key.text), [&] {
+        Token name;
+        if (!expectName(name, "a code name for " + quoted(key.text)))
+            return false;
+        pass.stages[stage].push_back({std::string(name.text), {m_source, name.line}});
+        return true;
+    });
+}
+
+bool Parser::parseState(PassDescription& pass, const Token& key)
+{
+    const RenderStateKind* kind = findRenderState(key.text);
+    if (!kind) {
+        if (const char* what = RefusedConstruct(key.text))
+            return fail(key.line, std::string(what) + " are not supported: " + quoted(key.text));
+        return fail(key.line, "unknown pass state " + quoted(key.text));
+    }
+    if (!expect('=', "after " + quoted(key.text)))
+        return false;
+    RenderStateSetting setting;
+    setting.kind = kind;
+    if (syntaxOf(*kind) == RenderStateSyntax::TwoFloats) {
+        Token first, second;
+        double values[2] = {0.0, 0.0};
+        if (!expect('{', "for the value of " + quoted(key.text)) || !take(first) || !parseNumber(first, values[0]) ||
+            !expect(',', "between the two numbers of " + quoted(key.text)) || !take(second) ||
+            !parseNumber(second, values[1]) || !expect('}', "after the two numbers of " + quoted(key.text)))
+            return false;
+        setting.value.floats[0] = static_cast<float>(values[0]);
+        setting.value.floats[1] = static_cast<float>(values[1]);
+    } else {
+        Token word;
+        if (!take(word))
+            return false;
+        if (word.kind != Token::Identifier || !parseStateWord(*kind, word.text, setting.value))
+            return fail(word.line, describe(word) + " is not a value of " + quoted(key.text) + " (" +
+                                       std::string(describeStateWords(*kind)) + ")");
+    }
+    pass.states.push_back(setting);
+    return true;
+}
+
+bool Parser::resolveCode()
+{
+    for (const TechniqueDescription& technique : m_effect.techniques) {
+        for (const PassDescription& pass : technique.passes) {
+            bool any = false;
+            for (const std::vector<CodeReference>& stage : pass.stages) {
+                for (const CodeReference& reference : stage)
+                    if (!m_effect.findCode(reference.name))
+                        return fail(reference.at, "pass " + quoted(pass.name) + " of technique " +
+                                                      quoted(technique.name) + " names code " +
+                                                      quoted(reference.name) + ", which is not declared");
+                any = any || !stage.empty();
+            }
+            if (!any)
+                return fail(pass.at, "pass " + quoted(pass.name) + " of technique " + quoted(technique.name) +
+                                         " assigns no program");
+        }
+    }
+    return true;
+}
+
+bool parseEffect(const char* text, EffectDescription& effect)
+{
+    Parser parser(effect);
+    return parser.parseSource(text, 1) && parser.resolveCode();
+}
+
+} // namespace nvFX::detail

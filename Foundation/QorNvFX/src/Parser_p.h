@@ -1,0 +1,107 @@
+/// @file
+/// The parser behind parseEffect. Private to QorNvFX.
+#pragma once
+
+#include "EffectDescription_p.h"
+#include "Lexer_p.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nvFX::detail {
+
+/// Reads one effect text and its includes into an EffectDescription; the first error is
+/// printed and ends the parse. EffectParser.cpp has the effect-scope blocks, includes
+/// and passes; DeclarationParser.cpp the tokens, uniform declarations, values and
+/// annotations they share.
+class Parser
+{
+public:
+    explicit Parser(EffectDescription& effect) : m_effect(effect) {}
+
+    bool parseSource(std::string_view text, int source);
+    bool resolveCode();
+
+private:
+    bool fail(SourceLocation at, const std::string& what)
+    {
+        reportError(m_effect.sources, at, what);
+        return false;
+    }
+    bool fail(int line, const std::string& what) { return fail({m_source, line}, what); }
+    std::string where(SourceLocation at) const
+    {
+        return m_effect.sources.name(at.source) + "(" + std::to_string(at.line) + ")";
+    }
+    static std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+    /// A found token, for messages.
+    static std::string describe(const Token& token)
+    {
+        return token.kind == Token::End ? std::string("the end of the text") : quoted(token.text);
+    }
+
+    bool take(Token& token);
+    bool expect(char symbol, const std::string& context);
+    bool expectName(Token& token, const std::string& what);
+    void skipOptionalSemicolon();
+
+    bool parseItem(const Token& token);
+    bool parseInclude(const Token& hash);
+    bool parseCode(const Token& keyword);
+    bool takeVersion(CodePiece& piece);
+    bool parseUniform(UniformDescription& uniform);
+    bool parseDefault(UniformDescription& uniform);
+    bool parseNumber(const Token& first, double& value);
+    bool addUniform(UniformDescription uniform);
+    bool parseBuffer(const Token& keyword);
+    bool parseTechnique(const Token& keyword);
+    bool parsePass(TechniqueDescription& technique, const Token& keyword);
+    bool parseStageCode(PassDescription& pass, int stage, const Token& key);
+    bool parseState(PassDescription& pass, const Token& key);
+    template <typename Description>
+    bool startBlock(const std::vector<Description>& earlier, const char* what, const Token& keyword,
+                    Description& description);
+    template <typename Item>
+    bool parseBlockBody(const std::string& context, Item item);
+    bool parseOptionalAnnotations(AnnotationList& annotations);
+    /// True, and the brace taken, when a '{' comes next.
+    bool takeOpeningBrace();
+    /// `element` once, or (`braced`, the '{' taken) elements separated by ',' up to '}'.
+    template <typename Element>
+    bool parseList(bool braced, bool mayBeEmpty, const std::string& context, Element element);
+    bool parseAnnotations(AnnotationList& annotations);
+    bool parseAnnotationNumbers(AnnotationEntry& entry);
+
+    EffectDescription& m_effect;
+    Lexer* m_lexer = nullptr;
+    int m_source = 0;
+    std::vector<std::string> m_includeStack;
+    int m_includes = 0;
+    std::size_t m_totalBytes = 0;
+};
+
+template <typename Element>
+bool Parser::parseList(bool braced, bool mayBeEmpty, const std::string& context, Element element)
+{
+    if (braced && mayBeEmpty && m_lexer->peek().is('}')) {
+        m_lexer->next();
+        return true;
+    }
+    for (;;) {
+        if (!element())
+            return false;
+        if (!braced)
+            return true;
+        Token separator;
+        if (!take(separator))
+            return false;
+        if (separator.is('}'))
+            return true;
+        if (!separator.is(','))
+            return fail(separator.line, "expected ',' or '}' in " + context + ", found " + describe(separator));
+    }
+}
+
+} // namespace nvFX::detail

@@ -1,0 +1,235 @@
+// Before any GL header: glBlendFuncSeparate is exported by libGL, which the module links.
+#define GL_GLEXT_PROTOTYPES 1
+
+#include "RenderStates_p.h"
+
+#include "Lookup_p.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace nvFX::detail {
+
+namespace {
+
+struct Word
+{
+    const char* name; // the GL name, with its "GL_" prefix
+    int value;
+};
+
+constexpr Word kBooleans[] = {{"GL_TRUE", 1}, {"GL_FALSE", 0}, {"true", 1}, {"false", 0}};
+
+constexpr Word kDepthFuncs[] = {{"GL_NEVER", GL_NEVER},     {"GL_LESS", GL_LESS},         {"GL_EQUAL", GL_EQUAL},
+                                {"GL_LEQUAL", GL_LEQUAL},   {"GL_GREATER", GL_GREATER},   {"GL_NOTEQUAL", GL_NOTEQUAL},
+                                {"GL_GEQUAL", GL_GEQUAL},   {"GL_ALWAYS", GL_ALWAYS}};
+
+constexpr Word kFaces[] = {{"GL_FRONT", GL_FRONT}, {"GL_BACK", GL_BACK}, {"GL_FRONT_AND_BACK", GL_FRONT_AND_BACK}};
+
+constexpr Word kBlendFactors[] = {{"GL_ZERO", GL_ZERO},
+                                  {"GL_ONE", GL_ONE},
+                                  {"GL_SRC_COLOR", GL_SRC_COLOR},
+                                  {"GL_ONE_MINUS_SRC_COLOR", GL_ONE_MINUS_SRC_COLOR},
+                                  {"GL_DST_COLOR", GL_DST_COLOR},
+                                  {"GL_ONE_MINUS_DST_COLOR", GL_ONE_MINUS_DST_COLOR},
+                                  {"GL_SRC_ALPHA", GL_SRC_ALPHA},
+                                  {"GL_ONE_MINUS_SRC_ALPHA", GL_ONE_MINUS_SRC_ALPHA},
+                                  {"GL_DST_ALPHA", GL_DST_ALPHA},
+                                  {"GL_ONE_MINUS_DST_ALPHA", GL_ONE_MINUS_DST_ALPHA},
+                                  {"GL_CONSTANT_COLOR", GL_CONSTANT_COLOR},
+                                  {"GL_ONE_MINUS_CONSTANT_COLOR", GL_ONE_MINUS_CONSTANT_COLOR},
+                                  {"GL_CONSTANT_ALPHA", GL_CONSTANT_ALPHA},
+                                  {"GL_ONE_MINUS_CONSTANT_ALPHA", GL_ONE_MINUS_CONSTANT_ALPHA},
+                                  {"GL_SRC_ALPHA_SATURATE", GL_SRC_ALPHA_SATURATE}};
+
+constexpr Word kPolygonModes[] = {{"GL_POINT", GL_POINT}, {"GL_LINE", GL_LINE}, {"GL_FILL", GL_FILL}};
+
+template <std::size_t N>
+constexpr std::pair<const Word*, std::size_t> Words(const Word (&words)[N])
+{
+    return {words, N};
+}
+
+using Capture = RenderStateValue (*)(GLenum name);
+using Apply = void (*)(GLenum name, const RenderStateValue& value);
+
+RenderStateValue CaptureEnabled(GLenum cap)
+{
+    RenderStateValue value;
+    value.ints[0] = glIsEnabled(cap) ? 1 : 0;
+    return value;
+}
+
+void ApplyEnabled(GLenum cap, const RenderStateValue& value)
+{
+    if (value.ints[0])
+        glEnable(cap);
+    else
+        glDisable(cap);
+}
+
+RenderStateValue CaptureInteger(GLenum query)
+{
+    RenderStateValue value;
+    glGetIntegerv(query, value.ints);
+    return value;
+}
+
+RenderStateValue CaptureDepthMask(GLenum)
+{
+    GLboolean mask = GL_TRUE;
+    glGetBooleanv(GL_DEPTH_WRITEMASK, &mask);
+    RenderStateValue value;
+    value.ints[0] = mask ? 1 : 0;
+    return value;
+}
+
+RenderStateValue CaptureBlendFactors(GLenum)
+{
+    RenderStateValue value;
+    glGetIntegerv(GL_BLEND_SRC_RGB, &value.ints[0]);
+    glGetIntegerv(GL_BLEND_DST_RGB, &value.ints[1]);
+    glGetIntegerv(GL_BLEND_SRC_ALPHA, &value.ints[2]);
+    glGetIntegerv(GL_BLEND_DST_ALPHA, &value.ints[3]);
+    return value;
+}
+
+void RestoreBlendFactors(GLenum, const RenderStateValue& before)
+{
+    glBlendFuncSeparate(before.ints[0], before.ints[1], before.ints[2], before.ints[3]);
+}
+
+// BLEND_SRC and BLEND_DST each replace one side, for colour and alpha alike.
+void ApplyBlendFactor(GLenum side, const RenderStateValue& value)
+{
+    RenderStateValue factors = CaptureBlendFactors(0);
+    const int first = side == GL_BLEND_SRC ? 0 : 1;
+    factors.ints[first] = factors.ints[first + 2] = value.ints[0];
+    RestoreBlendFactors(0, factors);
+}
+
+RenderStateValue CapturePolygonOffset(GLenum)
+{
+    RenderStateValue value;
+    value.ints[0] = glIsEnabled(GL_POLYGON_OFFSET_FILL) ? 1 : 0;
+    glGetFloatv(GL_POLYGON_OFFSET_FACTOR, &value.floats[0]);
+    glGetFloatv(GL_POLYGON_OFFSET_UNITS, &value.floats[1]);
+    return value;
+}
+
+void ApplyPolygonOffset(GLenum, const RenderStateValue& value)
+{
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(value.floats[0], value.floats[1]);
+}
+
+void RestorePolygonOffset(GLenum, const RenderStateValue& before)
+{
+    ApplyEnabled(GL_POLYGON_OFFSET_FILL, before);
+    glPolygonOffset(before.floats[0], before.floats[1]);
+}
+
+// The compatibility profile answers the front and the back mode.
+void RestorePolygonMode(GLenum, const RenderStateValue& before)
+{
+    glPolygonMode(GL_FRONT, before.ints[0]);
+    glPolygonMode(GL_BACK, before.ints[1]);
+}
+
+} // namespace
+
+struct RenderStateKind
+{
+    const char* name;
+    RenderStateSyntax syntax;
+    std::pair<const Word*, std::size_t> words;
+    const char* wordList;
+    GLenum glName; // the capability, query or side the functions work on
+    Capture capture;
+    Apply apply;
+    Apply restore;
+};
+
+namespace {
+
+void ApplyDepthFunc(GLenum, const RenderStateValue& value) { glDepthFunc(value.ints[0]); }
+void ApplyDepthMask(GLenum, const RenderStateValue& value) { glDepthMask(value.ints[0] ? GL_TRUE : GL_FALSE); }
+void ApplyCullFace(GLenum, const RenderStateValue& value) { glCullFace(value.ints[0]); }
+void ApplyPolygonMode(GLenum, const RenderStateValue& value) { glPolygonMode(GL_FRONT_AND_BACK, value.ints[0]); }
+
+constexpr const char* kBooleanList = "true, false, GL_TRUE, GL_FALSE";
+constexpr const char* kDepthFuncList =
+    "GL_NEVER, GL_LESS, GL_EQUAL, GL_LEQUAL, GL_GREATER, GL_NOTEQUAL, GL_GEQUAL, GL_ALWAYS";
+constexpr const char* kBlendList = "a GL blend factor (GL_ZERO, GL_ONE, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, ...)";
+
+const RenderStateKind kStates[] = {
+    {"DEPTH_TEST", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_DEPTH_TEST, CaptureEnabled,
+     ApplyEnabled, ApplyEnabled},
+    {"DEPTH_FUNC", RenderStateSyntax::Enum, Words(kDepthFuncs), kDepthFuncList, GL_DEPTH_FUNC, CaptureInteger,
+     ApplyDepthFunc, ApplyDepthFunc},
+    {"DEPTH_MASK", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, 0, CaptureDepthMask, ApplyDepthMask,
+     ApplyDepthMask},
+    {"CULL_FACE", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_CULL_FACE, CaptureEnabled,
+     ApplyEnabled, ApplyEnabled},
+    {"CULL_FACE_MODE", RenderStateSyntax::Enum, Words(kFaces), "GL_FRONT, GL_BACK, GL_FRONT_AND_BACK",
+     GL_CULL_FACE_MODE, CaptureInteger, ApplyCullFace, ApplyCullFace},
+    {"BLEND", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_BLEND, CaptureEnabled, ApplyEnabled,
+     ApplyEnabled},
+    {"BLEND_SRC", RenderStateSyntax::Enum, Words(kBlendFactors), kBlendList, GL_BLEND_SRC, CaptureBlendFactors,
+     ApplyBlendFactor, RestoreBlendFactors},
+    {"BLEND_DST", RenderStateSyntax::Enum, Words(kBlendFactors), kBlendList, GL_BLEND_DST, CaptureBlendFactors,
+     ApplyBlendFactor, RestoreBlendFactors},
+    {"POLYGON_OFFSET", RenderStateSyntax::TwoFloats, {nullptr, 0}, "{ factor, units }", 0, CapturePolygonOffset,
+     ApplyPolygonOffset, RestorePolygonOffset},
+    {"POLYGON_MODE", RenderStateSyntax::Enum, Words(kPolygonModes), "GL_POINT, GL_LINE, GL_FILL", GL_POLYGON_MODE,
+     CaptureInteger, ApplyPolygonMode, RestorePolygonMode},
+};
+
+} // namespace
+
+const RenderStateKind* findRenderState(std::string_view name)
+{
+    return inTable(kStates, &RenderStateKind::name, name);
+}
+
+RenderStateSyntax syntaxOf(const RenderStateKind& kind)
+{
+    return kind.syntax;
+}
+
+bool parseStateWord(const RenderStateKind& kind, std::string_view word, RenderStateValue& value)
+{
+    const std::string_view prefix = "GL_";
+    for (std::size_t i = 0; i < kind.words.second; ++i) {
+        const std::string_view name = kind.words.first[i].name;
+        const bool bare = name.compare(0, prefix.size(), prefix) == 0 && word == name.substr(prefix.size());
+        if (word == name || bare) {
+            value.ints[0] = kind.words.first[i].value;
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string_view describeStateWords(const RenderStateKind& kind)
+{
+    return kind.wordList;
+}
+
+void RenderStateChange::apply(const std::vector<RenderStateSetting>& settings)
+{
+    m_saved.clear();
+    for (const RenderStateSetting& setting : settings) {
+        m_saved.push_back({setting.kind, setting.kind->capture(setting.kind->glName)});
+        setting.kind->apply(setting.kind->glName, setting.value);
+    }
+}
+
+void RenderStateChange::restore()
+{
+    for (auto saved = m_saved.rbegin(); saved != m_saved.rend(); ++saved)
+        saved->kind->restore(saved->kind->glName, saved->before);
+    m_saved.clear();
+}
+
+} // namespace nvFX::detail

@@ -1,0 +1,95 @@
+/// @file
+/// A uniform of a loaded effect and its value. Private to QorNvFX.
+#pragma once
+
+#include "nvFX/IUniformEx.h"
+
+#include "Annotations_p.h"
+#include "EffectDescription_p.h"
+#include "ValueTypes_p.h"
+
+#include <string>
+#include <vector>
+
+namespace nvFX::detail {
+
+class ConstantBuffer;
+
+class Uniform final : public IUniformEx
+{
+public:
+    /// `buffer` (borrowed, the owner of this member) is null for an effect-scope
+    /// uniform; `samplerUnit` is the unit a sampler starts on.
+    Uniform(const UniformDescription& description, ConstantBuffer* buffer, int samplerUnit);
+
+    IUniformEx* getExInterface() override { return this; }
+    const char* getName() const override { return m_name.c_str(); }
+    const char* getSemantic() const override { return m_semantic.c_str(); }
+    Type getType() const override { return m_type.code; }
+    IAnnotation* annotations() override { return &m_annotations; }
+    int getArraySize() const override { return m_arraySize; }
+    bool isUsedBy(int target) const override;
+    bool setValue1f(float x) override;
+    bool setValue2f(float x, float y) override;
+    bool setValue3f(float x, float y, float z) override;
+    bool setValue4f(float x, float y, float z, float w) override;
+    bool setValuefv(const float* values, int count) override;
+    bool setValueiv(const int* values, int count) override;
+    bool setMatrix4f(const float* columnMajor) override;
+    bool setSamplerUnit(int unit) override;
+    bool setSamplerResource(unsigned int texture, int unit) override;
+    bool getValuefv(float* values, int count) const override;
+    int getComponentCount() const override { return m_type.components; }
+    const char* getBufferName() const override;
+
+    const ValueType& type() const { return m_type; }
+    /// Elements GL takes: the array size, or 1.
+    int elements() const { return m_arraySize ? m_arraySize : 1; }
+    /// Counts changes, from 1, so a program that got version N needs no push until N+1.
+    unsigned int version() const { return m_version; }
+    void markUsed() { m_used = true; }
+    /// The value by component: floats for float types, ints for the others.
+    const float* floats() const { return m_floats; }
+    const std::vector<int>& ints() const { return m_ints; }
+    /// Pushes the value to `location` of the current program (glUniform*).
+    void push(int location) const { m_pusher(*this, location); }
+    using Pusher = void (*)(const Uniform& uniform, int location);
+    /// For samplers with a texture: binds it to the unit on the active texture unit
+    /// it selects; false when there is nothing to bind.
+    bool bindTexture() const;
+
+private:
+    bool setFloats(const char* operation, const float* values, int count);
+    template <int N>
+    bool setVector(const char* operation, const float (&values)[N]);
+    [[gnu::cold]] bool refuse(const char* operation, const char* why) const;
+    void changed()
+    {
+        ++m_version;
+        if (m_buffer)
+            bufferChanged();
+    }
+    void bufferChanged();
+
+    // What a setter and a push touch comes first, together.
+    int m_vectorComponents; ///< components of a float or vecN uniform; 0 for other types
+    const ValueType& m_type;
+    int m_arraySize;
+    unsigned int m_version = 1;
+    Pusher m_pusher;
+    ConstantBuffer* m_buffer; // borrowed: the buffer owns its members
+    float* m_floats;          ///< m_inlineFloats or m_heapFloats.data()
+    std::size_t m_floatCount = 0;
+    // A float value sits inside the object when it fits (every non-array uniform), so
+    // that setting and pushing it touches one object; an array's is on the heap.
+    float m_inlineFloats[16] = {};
+    std::vector<float> m_heapFloats;
+    std::vector<int> m_ints; ///< ints, bools (0 or 1), or a sampler's unit
+    unsigned int m_texture = 0;
+    bool m_used = false;
+    std::string m_name;
+    std::string m_semantic;
+    Annotations m_annotations;
+};
+
+} // namespace nvFX::detail

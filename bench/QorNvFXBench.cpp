@@ -1,0 +1,204 @@
+// The GLSL effect runtime against the roads it replaces, both measured in every iteration
+// so that their ratio comes from one run:
+// - EffectLoad: nvFX::loadEffect of the plastic.glslfx sample (parse, glslang compile,
+//   link and reflection of its pass) against cgCreateEffect of its twin plastic.cgfx,
+//   both as shipped (a GLSL and an ARB assembly technique) and cut to its GLSL technique,
+//   the same surface drawn the same way; one Cg context with the GL states registered
+//   and the lighting include found on the samples' shaders folder.
+// - PassSetup: 64 vec4 uniforms set through the interface, then the pass set up (program,
+//   changed values pushed) and restored, against glUseProgram, the same 64 glUniform4fv
+//   calls on the pass's own GL program and glUseProgram(0). Needs an X display; without
+//   one it is skipped with the reason.
+// Before any GL header: the GL 2.0 functions are exported by libGL.
+#define GL_GLEXT_PROTOTYPES 1
+
+#include "QorBenchSupport.h"
+
+#include "QorGL/QorGLContext.h"
+#include "nvFX/IContainer.h"
+#include "nvFX/IPassEx.h"
+#include "nvFX/ITechnique.h"
+#include "nvFX/IUniform.h"
+#include "nvFX/nvFX.h"
+
+#include <Cg/cgGL.h>
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using QorBench::Clock;
+using QorBench::SecondsSince;
+
+struct ContainerDestroy
+{
+    void operator()(nvFX::IContainer* container) const { nvFX::IContainer::destroy(container); }
+};
+using Container = std::unique_ptr<nvFX::IContainer, ContainerDestroy>;
+
+// Cg asks for "/QorLighting.cgh" and opens the file itself: the native path.
+void SampleShadersInclude(CGcontext context, const char* name)
+{
+    cgSetCompilerIncludeFile(context, name, (std::string(QOR_SAMPLES_DIR) + "/shaders" + name).c_str());
+}
+
+Container LoadGlslfx(const std::string& text)
+{
+    Container container(nvFX::IContainer::create("plastic"));
+    if (container && !nvFX::loadEffect(container.get(), text.c_str()))
+        container.reset();
+    return container;
+}
+
+// cgCreateEffect of `text` in `context`; its time, or a negative one when it failed.
+double TimeCgCreateEffect(CGcontext context, const std::string& text)
+{
+    const Clock::time_point start = Clock::now();
+    const CGeffect effect = cgCreateEffect(context, text.c_str(), nullptr);
+    const double seconds = SecondsSince(start);
+    const bool created = effect && cgGetFirstTechnique(effect);
+    if (effect)
+        cgDestroyEffect(effect);
+    return created ? seconds : -1.0;
+}
+
+void EffectLoad(benchmark::State& state)
+{
+    const std::optional<std::string> glslfx = QorBench::Sample("materials/plastic.glslfx");
+    const std::optional<std::string> cgfx = QorBench::Sample("materials/plastic.cgfx");
+    const std::size_t assemblyTechnique = cgfx ? cgfx->find("technique PlasticARB") : std::string::npos;
+    if (!glslfx || assemblyTechnique == std::string::npos) {
+        QorBench::Fail(state, "cannot read the plastic samples");
+        return;
+    }
+    const std::string cgfxGlslOnly = cgfx->substr(0, assemblyTechnique);
+    const QorBench::CgContext context(cgCreateContext());
+    cgGLRegisterStates(context.get());
+    cgSetCompilerIncludeCallback(context.get(), SampleShadersInclude);
+    // glslang builds its tables for a version at its first compile; neither road pays
+    // a one-time start-up in the loop.
+    if (!LoadGlslfx(*glslfx)) {
+        QorBench::Fail(state, "plastic.glslfx does not load");
+        return;
+    }
+    double cgSampleTotal = 0;
+    double cgGlslTotal = 0;
+    double nvfxTotal = 0;
+    for (auto _ : state) {
+        const Clock::time_point nvfxStart = Clock::now();
+        Container container = LoadGlslfx(*glslfx);
+        const double nvfx = SecondsSince(nvfxStart);
+        container.reset();
+        const double cgSample = TimeCgCreateEffect(context.get(), *cgfx);
+        const double cgGlsl = TimeCgCreateEffect(context.get(), cgfxGlslOnly);
+        if (cgSample < 0 || cgGlsl < 0) {
+            QorBench::Fail(state, "cgCreateEffect failed on plastic.cgfx");
+            return;
+        }
+        state.SetIterationTime(nvfx);
+        nvfxTotal += nvfx;
+        cgSampleTotal += cgSample;
+        cgGlslTotal += cgGlsl;
+    }
+    state.counters["cg_sample_ms"] = benchmark::Counter(cgSampleTotal * 1e3, benchmark::Counter::kAvgIterations);
+    state.counters["cg_glsl_ms"] = benchmark::Counter(cgGlslTotal * 1e3, benchmark::Counter::kAvgIterations);
+    state.counters["ratio_to_sample"] = cgSampleTotal > 0 ? nvfxTotal / cgSampleTotal : 0;
+    state.counters["ratio_to_glsl"] = cgGlslTotal > 0 ? nvfxTotal / cgGlslTotal : 0;
+}
+
+constexpr int kUniforms = 64;
+constexpr int kBlock = 10; // frames each road draws in turn
+
+std::string WideGlslfx()
+{
+    std::string text;
+    std::string sum = "vec4(0.0)";
+    for (int i = 0; i < kUniforms; ++i) {
+        text += "uniform vec4 Value" + std::to_string(i) + ";\n";
+        sum += " + Value" + std::to_string(i);
+    }
+    return text + "GLSLShader VS { void main() { gl_Position = gl_Vertex; } }\n"
+                  "GLSLShader FS { void main() { gl_FragColor = " + sum + "; } }\n"
+                  "Technique Wide { Pass P { VertexProgram = VS; FragmentProgram = FS; } }\n";
+}
+
+void PassSetup(benchmark::State& state, int frames)
+{
+    QorGLContext gl;
+    if (!gl.Open(16, 16)) {
+        state.SkipWithError(("no GL context: " + gl.GetError()).c_str());
+        return;
+    }
+    const Container effect = LoadGlslfx(WideGlslfx());
+    nvFX::IPass* pass = effect ? effect->findTechnique(0)->getPass(0) : nullptr;
+    if (!pass || !pass->validate()) {
+        QorBench::Fail(state, "the 64-uniform effect does not load or validate");
+        return;
+    }
+    std::vector<nvFX::IUniform*> uniforms;
+    std::vector<GLint> locations;
+    const GLuint program = pass->getExInterface()->getProgram();
+    for (int i = 0; i < kUniforms; ++i) {
+        uniforms.push_back(effect->findUniform(i));
+        locations.push_back(glGetUniformLocation(program, uniforms.back()->getName()));
+        if (locations.back() < 0) {
+            QorBench::Fail(state, "a uniform of the 64 is not active in GL");
+            return;
+        }
+    }
+    double rawTotal = 0;
+    double nvfxTotal = 0;
+    int frame = 0;
+    for (auto _ : state) {
+        double nvfx = 0;
+        double raw = 0;
+        // Short alternating blocks, so that both roads see the same load of the machine.
+        for (int block = 0; block < frames / kBlock; ++block) {
+            const Clock::time_point nvfxStart = Clock::now();
+            for (int f = 0; f < kBlock; ++f, ++frame) {
+                // Every frame gives every uniform a new value, so both roads push all 64.
+                for (int i = 0; i < kUniforms; ++i)
+                    uniforms[static_cast<std::size_t>(i)]->setValue4f(static_cast<float>(frame), 0.5f, 0.25f, 1.0f);
+                pass->setup();
+                pass->restore();
+            }
+            nvfx += SecondsSince(nvfxStart);
+
+            const Clock::time_point rawStart = Clock::now();
+            for (int f = 0; f < kBlock; ++f, ++frame) {
+                glUseProgram(program);
+                const GLfloat value[4] = {static_cast<float>(frame), 0.5f, 0.25f, 1.0f};
+                for (const GLint location : locations)
+                    glUniform4fv(location, 1, value);
+                glUseProgram(0);
+            }
+            raw += SecondsSince(rawStart);
+        }
+        state.SetIterationTime(nvfx);
+        nvfxTotal += nvfx;
+        rawTotal += raw;
+    }
+    glFinish();
+    if (glGetError() != GL_NO_ERROR)
+        QorBench::Fail(state, "GL reported an error");
+    state.counters["frames"] = frames;
+    state.counters["raw_ms"] = benchmark::Counter(rawTotal * 1e3, benchmark::Counter::kAvgIterations);
+    state.counters["ratio_to_raw"] = rawTotal > 0 ? nvfxTotal / rawTotal : 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    nvFX::setMessageSink([](const char* message) { std::fputs(message, stderr); });
+    return QorBench::Main(argc, argv, [](bool smoke) {
+        benchmark::RegisterBenchmark("EffectLoad", EffectLoad)->UseManualTime()->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("PassSetup/64Uniforms", PassSetup, smoke ? 10 : 1000)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+    });
+}

@@ -1,0 +1,211 @@
+// Passes drawing in a real GL context (Mesa under xvfb-run): values set through the
+// uniform interface reach the program, render states are applied for the draw and put
+// back after, GL objects go with their container.
+// Before any GL header: the GL 2.0 functions are exported by libGL, which GL tests link.
+#define GL_GLEXT_PROTOTYPES 1
+
+#include "NvFXTestSupport.h"
+
+#include "nvFX/IPassEx.h"
+#include "nvFX/ITechniqueEx.h"
+#include "nvFX/IUniform.h"
+
+#include "QorGL/QorGLContext.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+namespace {
+
+const char* const kEffect = R"(
+uniform vec4 Colour = {0, 0, 0, 1};
+uniform sampler2D Pattern;
+ConstantBuffer Material {
+    uniform vec4 Scale = {1, 1, 1, 1};
+    uniform float Bias;
+};
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader FS {
+    void main() { gl_FragColor = Colour * Scale + vec4(vec3(Bias), 0.0) + vec4(texture(Pattern, vec2(0.5)).rgb, 0.0); }
+}
+Technique Draw {
+    Pass Flat { VertexProgram = VS; FragmentProgram = FS; }
+    Pass Additive {
+        VertexProgram = VS;
+        FragmentProgram = FS;
+        BLEND = true;
+        BLEND_SRC = GL_ONE;
+        BLEND_DST = ONE;
+        DEPTH_TEST = true;
+        DEPTH_FUNC = GL_ALWAYS;
+        DEPTH_MASK = false;
+        CULL_FACE = true;
+        CULL_FACE_MODE = GL_BACK;
+        POLYGON_OFFSET = { 1.5, 2 };
+        POLYGON_MODE = GL_FILL;
+    }
+}
+)";
+
+using Rgba = std::array<int, 4>;
+
+// Two front-facing (counter-clockwise) triangles over the whole viewport.
+void DrawQuadCoveringClipSpace()
+{
+    static const GLfloat corners[] = {-1.0f, -1.0f, 1.0f, -1.0f, -1.0f, 1.0f, 1.0f, 1.0f};
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(2, GL_FLOAT, 0, corners);
+    glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
+    glDisableClientState(GL_VERTEX_ARRAY);
+}
+
+// Sets the pass up, draws the quad, restores, and reads the middle pixel.
+Rgba DrawWith(nvFX::IPass& pass, const QorGLContext& gl)
+{
+    EXPECT_TRUE(pass.setup());
+    DrawQuadCoveringClipSpace();
+    EXPECT_TRUE(pass.restore());
+    const std::vector<unsigned char> pixels = gl.ReadPixels();
+    const std::size_t at = (static_cast<std::size_t>(gl.GetHeight() / 2) * gl.GetWidth() + gl.GetWidth() / 2) * 4;
+    return {pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]};
+}
+
+void ExpectNear(const Rgba& actual, const Rgba& expected)
+{
+    for (int i = 0; i < 4; ++i)
+        EXPECT_NEAR(actual[i], expected[i], 1) << "channel " << i;
+}
+
+// Every state a pass of the effect sets, as GL answers it.
+std::vector<float> RenderStates()
+{
+    std::vector<float> states;
+    for (GLenum cap : {GL_BLEND, GL_DEPTH_TEST, GL_CULL_FACE, GL_POLYGON_OFFSET_FILL})
+        states.push_back(glIsEnabled(cap));
+    for (GLenum query : {GL_BLEND_SRC_RGB, GL_BLEND_DST_RGB, GL_BLEND_SRC_ALPHA, GL_BLEND_DST_ALPHA, GL_DEPTH_FUNC,
+                         GL_DEPTH_WRITEMASK, GL_CULL_FACE_MODE, GL_CURRENT_PROGRAM}) {
+        GLint value = 0;
+        glGetIntegerv(query, &value);
+        states.push_back(static_cast<float>(value));
+    }
+    GLint modes[2] = {};
+    glGetIntegerv(GL_POLYGON_MODE, modes);
+    GLfloat offsets[2] = {};
+    glGetFloatv(GL_POLYGON_OFFSET_FACTOR, &offsets[0]);
+    glGetFloatv(GL_POLYGON_OFFSET_UNITS, &offsets[1]);
+    states.insert(states.end(), {static_cast<float>(modes[0]), static_cast<float>(modes[1]), offsets[0], offsets[1]});
+    return states;
+}
+
+struct TextureName
+{
+    GLuint name = 0;
+    TextureName() { glGenTextures(1, &name); }
+    ~TextureName() { glDeleteTextures(1, &name); }
+    TextureName(const TextureName&) = delete;
+    TextureName& operator=(const TextureName&) = delete;
+};
+
+// A 16 x 16 context and the effect loaded.
+class PassGLTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+        loaded = NvFXTest::Load(kEffect);
+        ASSERT_TRUE(loaded.ok) << loaded.messages;
+    }
+
+    QorGLContext gl;
+    NvFXTest::Loaded loaded; // destroyed first, while the context is still current
+};
+
+} // namespace
+
+TEST_F(PassGLTest, QuadTakesItsColourFromValuesSetThroughTheInterface)
+{
+    nvFX::IContainer& effect = *loaded.container;
+    nvFX::IPass& pass = *effect.findTechnique("Draw")->getExInterface()->findPass("Flat");
+
+    glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    ASSERT_TRUE(effect.findUniform("Colour")->setValue4f(1.0f, 0.0f, 0.0f, 1.0f));
+    ASSERT_TRUE(effect.findBufferUniform("Scale")->setValue4f(0.5f, 1.0f, 1.0f, 1.0f));
+    ExpectNear(DrawWith(pass, gl), {128, 0, 0, 255});
+
+    // Changed values only are pushed: the uniform and the constant buffer both changed.
+    ASSERT_TRUE(effect.findUniform("Colour")->setValue4f(0.0f, 0.0f, 1.0f, 1.0f));
+    ASSERT_TRUE(effect.findBufferUniform("Material.Bias")->setValue1f(0.25f));
+    ExpectNear(DrawWith(pass, gl), {64, 64, 255, 255});
+
+    TextureName texture;
+    const unsigned char green[4] = {0, 128, 0, 255};
+    glBindTexture(GL_TEXTURE_2D, texture.name);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, green);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    glActiveTexture(GL_TEXTURE5);
+    ASSERT_TRUE(effect.findUniform("Pattern")->setSamplerResource(texture.name, 2));
+    ExpectNear(DrawWith(pass, gl), {64, 192, 255, 255});
+    GLint activeUnit = 0;
+    glGetIntegerv(GL_ACTIVE_TEXTURE, &activeUnit);
+    EXPECT_EQ(activeUnit, GL_TEXTURE5) << "binding the pattern left the caller's active unit";
+    glActiveTexture(GL_TEXTURE0);
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST_F(PassGLTest, RenderStatesHoldForTheDrawAndArePutBackAfter)
+{
+    nvFX::IContainer& effect = *loaded.container;
+    nvFX::IPass& pass = *effect.findTechnique(0)->getPass(1);
+    ASSERT_TRUE(pass.validate());
+
+    glDisable(GL_BLEND);
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LESS);
+    glCullFace(GL_FRONT);
+    glPolygonOffset(0.5f, 0.25f);
+    glPolygonMode(GL_FRONT, GL_FILL);
+    glPolygonMode(GL_BACK, GL_LINE);
+    const std::vector<float> before = RenderStates();
+
+    ASSERT_TRUE(pass.setup());
+    const std::vector<float> during = RenderStates();
+    const std::vector<float> expected = {
+        1, 1, 1, 1, GL_ONE, GL_ONE, GL_ONE, GL_ONE, GL_ALWAYS, 0, GL_BACK,
+        static_cast<float>(pass.getExInterface()->getProgram()), GL_FILL, GL_FILL, 1.5f, 2.0f};
+    EXPECT_EQ(during, expected);
+
+    glClearColor(0.25f, 0.0f, 0.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    ASSERT_TRUE(effect.findUniform("Colour")->setValue4f(0.5f, 0.5f, 0.0f, 1.0f));
+    EXPECT_TRUE(pass.setup()) << "setting up again first puts back what the first setup replaced";
+    DrawQuadCoveringClipSpace();
+    EXPECT_TRUE(pass.restore());
+    EXPECT_FALSE(pass.restore()) << "nothing left to put back";
+    EXPECT_EQ(RenderStates(), before);
+
+    const std::vector<unsigned char> pixels = gl.ReadPixels();
+    ExpectNear({pixels[0], pixels[1], pixels[2], pixels[3]}, {191, 128, 0, 255});
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST_F(PassGLTest, ProgramsAreMadeOnceAndGoWithTheirContainer)
+{
+    nvFX::ITechnique& technique = *loaded.container->findTechnique(0);
+    ASSERT_TRUE(technique.validate());
+    nvFX::IPassEx& pass = *technique.getPass(0)->getExInterface();
+    const GLuint program = pass.getProgram();
+    EXPECT_TRUE(glIsProgram(program));
+    EXPECT_TRUE(pass.validate());
+    EXPECT_EQ(pass.getProgram(), program);
+    EXPECT_NE(technique.getPass(1)->getExInterface()->getProgram(), program);
+    loaded.container.reset();
+    EXPECT_FALSE(glIsProgram(program));
+}
