@@ -2,7 +2,7 @@
 // structures, reached by interface and member name or index.
 #include "QorShaderParameters.h"
 
-#include "QorShaderInterfaceRecord.h"
+#include "QorVisShaderShared/QorShaderInterfaceRecord.h"
 #include "QorShaderValueColor.h"
 #include "QorShaderValueFloat.h"
 #include "QorShaderValueString.h"

@@ -2,6 +2,7 @@
 
 // The manager reaches each implementation through its factory header only.
 #include "QorVisShaderCGFX/QorCgFXFactory.h"
+#include "QorVisShaderQRFX/QorQRFXFactory.h"
 
 #include "QorSystem/QorEnvironment.h"
 #include "QorVisFoundation/QorQRFX0Factory.h"
@@ -39,8 +40,8 @@ QorIShader* QorShaderManager::CreateShader()
     case QorFxQRFX0:
         return CreateQRFX0Effect();
     default:
-        // GLSL effects have no shader object in this build yet; callers test for null.
-        return nullptr;
+        // 2, or any value forced through setFxImplementation: GLSL effects.
+        return QorCreateQRFXShader();
     }
 }
 
@@ -53,8 +54,7 @@ QorIShaderEffect* QorShaderManager::CreateShaderEffect()
         // On the host's newer path effects are not made by this library.
         return nullptr;
     default:
-        // GLSL effects have no effect object in this build yet; callers test for null.
-        return nullptr;
+        return QorCreateQRFXEffect();
     }
 }
 

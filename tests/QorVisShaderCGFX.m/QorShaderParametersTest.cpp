@@ -1,4 +1,4 @@
-#include "QorShaderInterfaceRecord.h"
+#include "QorVisShaderShared/QorShaderInterfaceRecord.h"
 #include "QorShaderParameters.h"
 #include "QorShaderValueString.h"
 

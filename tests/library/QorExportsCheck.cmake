@@ -7,7 +7,8 @@ if(failed)
   message(FATAL_ERROR "nm failed on ${LIBRARY}")
 endif()
 set(exported readTexture QorFindShaderFile QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
-  QorIShader QorIShaderEffect QorIShaderParameters QorIShaderValue)
+  QorIShader QorIShaderEffect QorIShaderParameters QorIShaderValue QorNvFXEffect QorNvFXShaderParameters
+  QorNvFXShaderValue QorNvFXShaderValueFloat QorNvFXShaderValueColor QorNvFXShaderValueString)
 set(required "QorShaderManager::CreateShader" "QorShaderManager::AddShaderTexture" "readTexture"
   "QorShaderEffect::AddShaderEffect" "QorShaderIncludeManager::Instance" "typeinfo for QorIShader\n")
 string(REPLACE "\n" ";" lines "${listing}")

@@ -218,6 +218,11 @@ bool Uniform::setSamplerResource(unsigned int texture, int unit)
     return true;
 }
 
+int Uniform::getSamplerUnit() const
+{
+    return m_type.base == ValueBase::Sampler ? m_ints.front() : -1;
+}
+
 bool Uniform::getValuefv(float* values, int count) const
 {
     if (m_type.base == ValueBase::Sampler)

@@ -41,6 +41,7 @@ public:
     bool getValuefv(float* values, int count) const override;
     int getComponentCount() const override { return m_type.components; }
     const char* getBufferName() const override;
+    int getSamplerUnit() const override;
 
     const ValueType& type() const { return m_type; }
     /// Elements GL takes: the array size, or 1.

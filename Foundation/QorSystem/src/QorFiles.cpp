@@ -58,6 +58,12 @@ struct Descriptor
 
 } // namespace
 
+bool QorIsRegularFile(const char* path)
+{
+    struct stat info;
+    return path && *path && stat(QorNativePath(path).c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
 bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxBytes, std::string* why)
 {
     if (!path || !*path)

@@ -50,17 +50,13 @@ TEST(QorShaderVersionTest, ChoiceIsFixedAtFirstRequest)
     QorIShaderEffect* effect = QorShaderManager::CreateShaderEffect();
     switch (chosen) {
     case QorFxCgFX:
+    case QorFxQRFX:
         ASSERT_NE(shader, nullptr);
-        EXPECT_EQ(shader->GetImplementation(), QorFxCgFX);
+        EXPECT_EQ(shader->GetImplementation(), chosen);
         ASSERT_NE(effect, nullptr);
-        EXPECT_EQ(effect->GetImplementation(), QorFxCgFX);
+        EXPECT_EQ(effect->GetImplementation(), chosen);
         shader->Destroy();
         EXPECT_EQ(effect->Release(), 0u);
-        break;
-    case QorFxQRFX:
-        // GLSL effects are not built into this library yet: both factories answer null.
-        EXPECT_EQ(shader, nullptr);
-        EXPECT_EQ(effect, nullptr);
         break;
     case QorFxQRFX0:
         EXPECT_EQ(shader, HostShader()) << "the host's factory makes the shader";
@@ -75,5 +71,8 @@ TEST(QorShaderVersionTest, ChoiceIsFixedAtFirstRequest)
     EXPECT_EQ(QorShaderManager::GetShaderVersion(), QorFxQRFX);
     QorShaderManagerTestAccess::Force(static_cast<QorFxImplementation>(9));
     EXPECT_EQ(QorShaderManager::GetShaderVersion(), 9u);
-    EXPECT_EQ(QorShaderManager::CreateShader(), nullptr);
+    QorIShader* forced = QorShaderManager::CreateShader();
+    ASSERT_NE(forced, nullptr);
+    EXPECT_EQ(forced->GetImplementation(), QorFxQRFX) << "any other value makes GLSL-effect shaders";
+    forced->Destroy();
 }

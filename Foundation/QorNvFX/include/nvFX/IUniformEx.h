@@ -14,6 +14,8 @@ public:
     virtual int getComponentCount() const = 0;
     /// The constant buffer that declares the uniform; null for an effect-scope uniform.
     virtual const char* getBufferName() const = 0;
+    /// The texture unit a sampler reads (its first element's); -1 for other uniforms.
+    virtual int getSamplerUnit() const = 0;
 };
 
 } // namespace nvFX

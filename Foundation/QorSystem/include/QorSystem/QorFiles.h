@@ -27,6 +27,10 @@ struct QorFileCloser
 /// An open C stream closed when it goes out of scope.
 using QorFile = std::unique_ptr<FILE, QorFileCloser>;
 
+/// True when the path names a regular file (not a FIFO, a device or a folder): the files
+/// the framework opens for reading must be such, or opening them could wait forever.
+bool QorIsRegularFile(const char* path);
+
 /// Reads a whole regular file of at most `maxBytes` bytes into `content`. A FIFO, a device,
 /// a folder or a larger file is refused without waiting or reading on, so that a special
 /// file named where a file is expected can neither hang the caller nor fill its memory.

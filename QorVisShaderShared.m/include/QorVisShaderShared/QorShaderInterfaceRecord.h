@@ -1,8 +1,8 @@
 /// @file
-/// The values of one Cg interface structure inside a parameter set: its members by name,
-/// in the structure's order, and the list of members touched by the set's interface
-/// setters. Built by QorShaderParameters::BuildInterfaceRecord and owned by the set once
-/// handed to SetInterface.
+/// The values of one interface structure inside a parameter set: its members by name, in
+/// the structure's order, and the list of members touched by the set's interface setters.
+/// Built by the CgFX set (QorShaderParameters::BuildInterfaceRecord) and owned by whichever
+/// set it is handed to (SetInterface), which may be of either implementation.
 #pragma once
 
 #include <list>

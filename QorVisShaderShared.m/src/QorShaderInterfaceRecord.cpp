@@ -1,8 +1,9 @@
-#include "QorShaderInterfaceRecord.h"
-
-#include "QorShaderValueString.h"
+#include "QorVisShaderShared/QorShaderInterfaceRecord.h"
 
 #include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
+
+#include "QorVisShaders/QorIShaderValue.h"
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include "QorSystem/QorStrings.h"
 
@@ -13,8 +14,14 @@ QorShaderInterfaceRecord::~QorShaderInterfaceRecord()
 {
     m_touched.clear();
     for (auto& member : m_members) {
-        if (QorShaderValueString* texture = QorShaderValueString::FromValue(member.second))
-            QorShaderTextureBookkeeping::HandBack(texture->GetFile());
+        int type = 0;
+        if (member.second)
+            member.second->GetType(&type);
+        if (type == QorValueTexture) {
+            char* file = nullptr;
+            member.second->Get(&file);
+            QorShaderTextureBookkeeping::HandBack(file);
+        }
         delete member.second;
         std::free(member.first);
     }

@@ -1,0 +1,197 @@
+// Binding a loaded GLSL effect's uniforms: the light and clip-plane uniforms by name, the
+// uniforms the renderer feeds by semantic, and the rest, when the user may edit them,
+// into the default parameter set.
+#include "QorVisShaders/QorNvFXEffect.h"
+
+#include "QorVisShaders/QorNvFXShaderParameters.h"
+
+#include <nvFX/IAnnotation.h>
+#include <nvFX/IContainer.h>
+#include <nvFX/IUniform.h>
+#include <nvFX/nvFX.h>
+
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace {
+
+// In the order they are looked up; "lightData_lightData_" is how effects name them.
+const char* const kNamedUniforms[QorNvFXNamedUniformCount] = {
+    "lightData_LightPos",
+    "lightData_LightDir",
+    "lightData_LightColor",
+    "lightData_LightColorSpec",
+    "lightData_LightAmbient",
+    "lightData_lightData_LightAxialFalloffStart",
+    "lightData_lightData_LightAxialFalloffEnd",
+    "lightData_lightData_LightAxialFalloffConstant",
+    "lightData_lightData_LightAxialFalloffLinear",
+    "lightData_lightData_LightAxialFalloffQuadratic",
+    "lightData_lightData_LightRadialInnerCone",
+    "lightData_lightData_LightRadialOuterCone",
+    "lightData_lightData_LightRadialFalloffExponent",
+    "lightData_lightData_LightAreaType",
+    "lightData_lightData_LightAreaStatus",
+    "lightData_lightData_LightAreaGeometry",
+    "numLights",
+    "clipPlanes_equations",
+    "clipPlanes_count",
+};
+
+struct SemanticBinding
+{
+    const char* semantic;
+    QorNvFXSemantic handle;
+};
+
+// Compared in this order; names are exact. "WORLDINVERSE" binds nothing (only "WORLDI"
+// does) and is still reserved below, so such a uniform is neither fed nor offered.
+const SemanticBinding kSemantics[] = {
+    {"EYEPOS", QorNvFXEyePosition},
+    {"WORLD", QorNvFXWorld},
+    {"WORLDIT", QorNvFXWorldInverseTranspose},
+    {"WORLDINVERSETRANSPOSE", QorNvFXWorldInverseTranspose},
+    {"WORLDI", QorNvFXWorldInverse},
+    {"WORLDVIEW", QorNvFXWorldView},
+    {"WORLDVIEWINVERSETRANSPOSE", QorNvFXWorldViewInverseTranspose},
+    {"WORLDVIEWIT", QorNvFXWorldViewInverseTranspose},
+    {"WORLDVIEWINVERSE", QorNvFXWorldViewInverse},
+    {"WORLDVIEWI", QorNvFXWorldViewInverse},
+    {"WORLDVIEWPROJECTION", QorNvFXWorldViewProjection},
+    {"PROJECTION", QorNvFXProjection},
+    {"VIEW", QorNvFXView},
+    {"VIEWINVERSETRANSPOSE", QorNvFXViewInverseTranspose},
+    {"VIEWIT", QorNvFXViewInverseTranspose},
+    {"VIEWI", QorNvFXViewInverse},
+    {"VIEWINVERSE", QorNvFXViewInverse},
+    {"GLOBALAMBIENTCOLOR", QorNvFXGlobalAmbientColor},
+    {"AMBIENT", QorNvFXAmbient},
+    {"AMBIENTCOLOR", QorNvFXAmbient},
+    {"DIFFUSE", QorNvFXDiffuse},
+    {"SPECULAR", QorNvFXSpecular},
+    {"DIFFUSETEXTURE", QorNvFXDiffuseTexture},
+    {"USEDIFFUSETEXTURE", QorNvFXUseDiffuseTexture},
+    {"DIFFUSETEXTUREFUNCTION", QorNvFXDiffuseTextureFunction},
+    {"DIFFUSETEXTUREMAPPINGFUNCTION", QorNvFXDiffuseTextureMappingFunction},
+    {"AMBIENTCOEFF", QorNvFXAmbientCoeff},
+    {"DIFFUSECOEFF", QorNvFXDiffuseCoeff},
+    {"SPECULARCOEFF", QorNvFXSpecularCoeff},
+    {"EMISSIVECOEFF", QorNvFXEmissiveCoeff},
+    {"TRANSPARENCYCOEFF", QorNvFXTransparencyCoeff},
+    {"SHININESSCOEFF", QorNvFXShininessCoeff},
+    {"POWERCOEFF", QorNvFXPowerCoeff},
+    {"AUTOMATICENVIRONMENTMAP", QorNvFXAutomaticEnvironmentMap},
+    {"AUTOMATICCOLORATTRIBUTE", QorNvFXAutomaticColorAttribute},
+};
+
+// Semantics the renderer feeds itself: such uniforms are never user parameters.
+const char* const kReservedSemantics[] = {
+    "WORLD", "EYEPOS", "WORLDIT", "WORLDINVERSETRANSPOSE", "WORLDINVERSE", "WORLDI", "WORLDVIEW",
+    "WORLDVIEWINVERSETRANSPOSE", "WORLDVIEWIT", "WORLDVIEWINVERSE", "WORLDVIEWI", "WORLDVIEWPROJECTION",
+    "PROJECTION", "VIEW", "VIEWINVERSETRANSPOSE", "VIEWIT", "VIEWI", "VIEWINVERSE", "POSITION", "DIRECTION",
+    "LIGHTPOS", "LIGHTDIR", "LIGHTCOLOR", "LIGHTSPECULARCOLOR", "INTENSITYANDSPOT", "SPOT", "INTENSITY",
+    "GLOBALAMBIENTCOLOR", "AUTOMATICENVIRONMENTMAP", "AUTOMATICCOLORATTRIBUTE",
+};
+
+const char* const kHiddenNames[] = {"Category", "keywords", "description", "NeedTandB",
+                                    "AutomaticEnvironmentMapTracking"};
+
+template <size_t N>
+bool Contains(const char* const (&list)[N], const char* text)
+{
+    for (const char* entry : list)
+        if (std::strcmp(entry, text) == 0)
+            return true;
+    return false;
+}
+
+} // namespace
+
+void QorNvFXEffect::lookUpNamedUniforms()
+{
+    for (int which = 0; which < QorNvFXNamedUniformCount; ++which) {
+        const char* name = kNamedUniforms[which];
+        nvFX::IUniform* uniform = m_container->findUniform(name);
+        if (!uniform)
+            uniform = m_container->findBufferUniform(name);
+        m_named[which] = uniform;
+        std::printf("Warning : %s might be overidden during runtime\n", name);
+        if (uniform && !uniform->isUsedBy(nvFX::IUniform::TargetAny))
+            std::printf("'''Note''' : %s not connected to any target (shader)\n", name);
+    }
+}
+
+void QorNvFXEffect::bindUniforms()
+{
+    // The default set of the previous load goes: shader objects hold copies of their own.
+    delete m_parameters;
+    m_parameters = new (std::nothrow) QorNvFXShaderParameters();
+    if (!m_parameters)
+        return;
+    for (int index = 0;; ++index) {
+        nvFX::IUniform* uniform = m_container->findUniform(index);
+        if (!uniform)
+            break;
+        const char* semantic = uniform->getSemantic();
+        const SemanticBinding* bound = nullptr;
+        for (const SemanticBinding& binding : kSemantics)
+            if (semantic && std::strcmp(binding.semantic, semantic) == 0) {
+                bound = &binding;
+                break;
+            }
+        if (bound) {
+            m_semantic[bound->handle] = uniform;
+            continue;
+        }
+        int type = 0;
+        if (isUserParameter(uniform, &type))
+            addUserParameter(uniform, type);
+    }
+}
+
+bool QorNvFXEffect::isUserParameter(nvFX::IUniform* uniform, int* type) const
+{
+    if (!uniform)
+        return false;
+    const char* semantic = uniform->getSemantic();
+    if (semantic && *semantic && Contains(kReservedSemantics, semantic))
+        return false;
+    const char* name = uniform->getName();
+    if (name && Contains(kHiddenNames, name))
+        return false;
+    *type = uniform->getType();
+    return (*type >= nvFX::IUniform::TFloat && *type <= nvFX::IUniform::TVec4) ||
+           *type == nvFX::IUniform::TSampler2D || *type == nvFX::IUniform::TSampler2DRect ||
+           *type == nvFX::IUniform::TSamplerCube;
+}
+
+void QorNvFXEffect::addUserParameter(nvFX::IUniform* uniform, int type)
+{
+    float components[4] = {0, 0, 0, 0};
+    switch (type) {
+    case nvFX::IUniform::TInt: // refused by the test above; listed as the dispatch names it
+    case nvFX::IUniform::TFloat:
+        uniform->getValuefv(components, 1);
+        m_parameters->AddFloat(uniform, components[0]);
+        break;
+    case nvFX::IUniform::TVec2:
+    case nvFX::IUniform::TVec3:
+    case nvFX::IUniform::TVec4: {
+        const int count = type - nvFX::IUniform::TFloat + 1;
+        uniform->getValuefv(components, count);
+        m_parameters->AddColor(uniform, components, count);
+        break;
+    }
+    case nvFX::IUniform::TSampler2D:
+    case nvFX::IUniform::TSampler2DRect:
+    case nvFX::IUniform::TSamplerCube: {
+        nvFX::IAnnotation* annotations = uniform->annotations();
+        const char* file = annotations ? annotations->getAnnotationString("defaultFile") : nullptr;
+        m_parameters->AddString(uniform, file ? file : "");
+        break;
+    }
+    default:
+        break;
+    }
+}

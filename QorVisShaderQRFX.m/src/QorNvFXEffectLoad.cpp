@@ -1,0 +1,73 @@
+// Loading a GLSL effect: finding its source, loading it into an nvFX container with the
+// include callback, and selecting the first technique.
+#include "QorVisShaders/QorNvFXEffect.h"
+
+#include "QorVisShaderShared/QorShaderSearch.h"
+
+#include "QorSystem/QorFiles.h"
+#include "QorVisShaders/QorNvFXShaderParameters.h"
+
+#include <nvFX/IContainer.h>
+#include <nvFX/IContainerEx.h>
+#include <nvFX/nvFX.h>
+
+#include <cstdio>
+
+// The nvFX include callback: ".hfx" and ".glslfxh" includes are files, found as named or
+// under "\shaders\" of "QorGraphicPath", then of "QorStartupPath"; other names are left
+// to nvFX (the outputs untouched). A missing file prints the last path tried, without a
+// newline, and answers no file; the text output is never written.
+void myIncludeCb(const char* name, FILE*& file, const char*& text)
+{
+    (void)text;
+    if (!name || !*name || !QorShaderSearch::IsFileInclude(name, {".hfx", ".glslfxh"}))
+        return;
+    QorString found;
+    QorString lastTried;
+    if (QorShaderSearch::FindIncludeFile(name, name, found, &lastTried)) {
+        nvFX::printf("Including file %s...\n", name);
+        // Only regular files are opened: a FIFO or a device named as an include would
+        // keep the load waiting.
+        file = QorIsRegularFile(found.c_str()) ? QorFopen(found.c_str(), "r") : nullptr;
+        return;
+    }
+    // The path is data: a "%" in a folder's name prints as it is.
+    nvFX::printf("%s", lastTried.c_str());
+    file = nullptr;
+}
+
+QorNvFXShaderParameters* QorNvFXEffect::Load()
+{
+    QorString path = m_fileName;
+    if (!m_fileName.IsEmpty()) {
+        if (!QorShaderSearch::FindEffectFile(m_fileName, path) || !QorShaderSearch::ReadSource(path, m_source))
+            return nullptr;
+    } else if (m_buffer) {
+        m_source = QorUnicodeString(m_buffer);
+    }
+    nvFX::IContainer* container = nvFX::IContainer::create("Test");
+    nvFX::setIncludeCallback(myIncludeCb);
+    if (!container)
+        return nullptr;
+    // The load always takes the buffer: an effect given only a file name, whose text
+    // went to m_source above, loads nothing; shader objects hand effects their text.
+    if (!nvFX::loadEffect(container, m_buffer)) {
+        std::printf("Error>> failed to load the effect\n");
+        nvFX::IContainer::destroy(container);
+        return nullptr;
+    }
+    if (!container->getExInterface()) {
+        nvFX::IContainer::destroy(container);
+        return nullptr;
+    }
+    // The container of an earlier load stays until the effect goes (see retireContainer).
+    retireContainer();
+    m_container = container;
+    countLights();
+    m_technique = m_container->findTechnique(0);
+    m_compiled = 0;
+    lookUpNamedUniforms();
+    bindUniforms();
+    m_compiled = 1;
+    return m_parameters;
+}

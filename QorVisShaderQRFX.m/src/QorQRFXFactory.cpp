@@ -1,0 +1,17 @@
+#include "QorVisShaderQRFX/QorQRFXFactory.h"
+
+#include "QorNvFXShader.h"
+
+#include "QorVisShaders/QorNvFXEffect.h"
+
+#include <new>
+
+QorIShader* QorCreateQRFXShader()
+{
+    return new (std::nothrow) QorNvFXShader();
+}
+
+QorIShaderEffect* QorCreateQRFXEffect()
+{
+    return QorNvFXEffect::AddShaderEffect(nullptr);
+}
