@@ -110,16 +110,25 @@ bool Contains(const char* const (&list)[N], const char* text)
 
 void QorNvFXEffect::lookUpNamedUniforms()
 {
+    m_loadWarnings.clear();
     for (int which = 0; which < QorNvFXNamedUniformCount; ++which) {
         const char* name = kNamedUniforms[which];
         nvFX::IUniform* uniform = m_container->findUniform(name);
         if (!uniform)
             uniform = m_container->findBufferUniform(name);
         m_named[which] = uniform;
-        std::printf("Warning : %s might be overidden during runtime\n", name);
+        warn("Warning : %s might be overidden during runtime", name);
         if (uniform && !uniform->isUsedBy(nvFX::IUniform::TargetAny))
-            std::printf("'''Note''' : %s not connected to any target (shader)\n", name);
+            warn("'''Note''' : %s not connected to any target (shader)", name);
     }
+}
+
+void QorNvFXEffect::warn(const char* format, const char* name)
+{
+    char line[256];
+    std::snprintf(line, sizeof line, format, name);
+    std::printf("%s\n", line);
+    m_loadWarnings.emplace_back(line);
 }
 
 void QorNvFXEffect::bindUniforms()

@@ -163,6 +163,9 @@ public:
     nvFX::IUniform* GetSemanticUniform(QorNvFXSemantic which) const { return m_semantic[which]; }
     nvFX::IUniform* GetNamedUniform(QorNvFXNamedUniform which) const { return m_named[which]; }
     unsigned int GetLightModel() const { return m_lightMask; }
+    /// The warnings and notes the last load printed about the light and clip-plane
+    /// uniforms, one line each, without their newline.
+    const std::vector<QorString>& GetLoadWarnings() const { return m_loadWarnings; }
     int GetLightCount() const { return m_lightCount; }
     const QorUnicodeString& GetSource() const { return m_source; }
 
@@ -178,6 +181,8 @@ private:
     void countLights();
     void bindUniforms();
     void lookUpNamedUniforms();
+    /// Prints a load message about the uniform `name` and keeps it (GetLoadWarnings).
+    void warn(const char* format, const char* name);
     /// True when the uniform becomes a user parameter; its type code is written to `type`
     /// whenever the test reaches the type.
     bool isUserParameter(nvFX::IUniform* uniform, int* type) const;
@@ -209,4 +214,5 @@ private:
     // Containers of earlier loads: the values of shader objects copied from their sets
     // mirror their uniforms, so they go with the effect, not at a reload or Init.
     std::vector<nvFX::IContainer*> m_retiredContainers;
+    std::vector<QorString> m_loadWarnings;
 };
