@@ -1,0 +1,194 @@
+// GLSL effects: the registry, loading with includes, techniques, the light mask, and the
+// binding of uniforms by semantic, by name and into the default parameter set.
+#include "QorVisShaders/QorNvFXEffect.h"
+
+#include "NvFXTestSupport.h"
+#include "QorNvFXTestEffect.h"
+#include "QorTestSupport.h"
+
+#include "QorVisShaders/QorNvFXShaderParameters.h"
+
+#include <nvFX/IContainer.h>
+#include <nvFX/IUniform.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+// A loaded effect, what its load printed, and its release.
+struct LoadedEffect
+{
+    explicit LoadedEffect(const char* text) : effect(QorNvFXEffect::AddShaderEffect(nullptr))
+    {
+        effect->setBuffer(text);
+        NvFXTest::MessageCapture capture;
+        testing::internal::CaptureStdout();
+        parameters = effect->Load();
+        printed = testing::internal::GetCapturedStdout();
+        messages = capture.text();
+    }
+    ~LoadedEffect() { effect->Release(); }
+    LoadedEffect(const LoadedEffect&) = delete;
+    LoadedEffect& operator=(const LoadedEffect&) = delete;
+
+    const char* UniformName(nvFX::IUniform* uniform) const { return uniform ? uniform->getName() : "(none)"; }
+
+    QorNvFXEffect* effect;
+    QorNvFXShaderParameters* parameters = nullptr;
+    std::string printed;  ///< standard output
+    std::string messages; ///< through nvFX::printf
+};
+
+int Occurrences(const std::string& text, const std::string& part)
+{
+    int count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
+}
+
+} // namespace
+
+TEST(QorNvFXEffectTest, SemanticsBindHandlesAndTheRestBecomesUserValues)
+{
+    LoadedEffect loaded(kQorNvFXTestEffect);
+    ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
+    QorNvFXEffect& effect = *loaded.effect;
+    EXPECT_TRUE(effect.IsCompiled());
+    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXWorldViewProjection)), "WorldViewProj");
+    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXWorldInverse)), "WorldI")
+        << "WORLDINVERSE binds nothing; only WORLDI does";
+    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXEyePosition)), "Eye");
+    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXDiffuse)), "Tint");
+    EXPECT_EQ(effect.GetSemanticUniform(QorNvFXWorld), nullptr);
+    EXPECT_STREQ(loaded.UniformName(effect.GetNamedUniform(QorNvFXLightPosition)), "lightData_LightPos");
+    EXPECT_STREQ(loaded.UniformName(effect.GetNamedUniform(QorNvFXLightCount)), "numLights");
+    EXPECT_EQ(effect.GetNamedUniform(QorNvFXClipPlaneEquations), nullptr);
+
+    // 19 warnings, one note: lightData_LightPos is declared but read by no code.
+    EXPECT_EQ(Occurrences(loaded.printed, " might be overidden during runtime\n"), 19);
+    EXPECT_EQ(Occurrences(loaded.printed, "'''Note''' : "), 1);
+    EXPECT_NE(loaded.printed.find("'''Note''' : lightData_LightPos not connected to any target (shader)\n"),
+              std::string::npos);
+    EXPECT_EQ(effect.GetLoadWarnings().size(), 20u);
+
+    // User values in declaration order, with their codes; "WORLDINVERSE", ints, hidden
+    // names, matrices and 3D samplers are not among them.
+    const struct
+    {
+        const char* name;
+        int type;
+    } expected[] = {{"Gloss", 1}, {"Scale", 5}, {"tint", 6}, {"Base", 2}, {"ColorMap", 4}, {"Sky", 4}};
+    QorNvFXShaderParameters& set = *loaded.parameters;
+    ASSERT_EQ(set.GetNbParameters(), 7);
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_STREQ(set.GetParameterName(i + 1), expected[i].name);
+        EXPECT_EQ(set.GetParameterType(i + 1), expected[i].type) << expected[i].name;
+    }
+    float gloss = 0;
+    set.GetFloatValue(1, &gloss, 0);
+    EXPECT_EQ(gloss, 8.0f) << "the uniform's default";
+    char* file = nullptr;
+    set.GetTextureValue(5, &file, 0);
+    EXPECT_STREQ(file, "wood.tif") << "from \"defaultFile\"";
+    set.GetTextureValue(6, &file, 0);
+    EXPECT_STREQ(file, "") << "no annotation: the empty text";
+}
+
+TEST(QorNvFXEffectTest, TechniquesAndTheLightMask)
+{
+    LoadedEffect loaded(kQorNvFXTestEffect);
+    QorNvFXEffect& effect = *loaded.effect;
+    int technique[2] = {5, 5};
+    effect.getTechnique(technique);
+    EXPECT_EQ(technique[0], 0);
+    EXPECT_EQ(technique[1], 5) << "a current technique leaves the second integer alone";
+    effect.setTechnique(1);
+    EXPECT_EQ(effect.GetCurrentTechnique(), effect.GetContainer()->findTechnique(1));
+    effect.setTechnique(7);
+    effect.setTechniqueByName("nothing");
+    EXPECT_EQ(effect.GetCurrentTechnique(), effect.GetContainer()->findTechnique(1)) << "unknown: unchanged";
+    effect.setTechniqueByName("First");
+    EXPECT_EQ(effect.GetCurrentTechnique(), effect.GetContainer()->findTechnique(0));
+
+    const struct
+    {
+        unsigned int mask;
+        int lights;
+    } masks[] = {{0x31, 1}, {0x0D, 2}, {0xFFFF, 8}, {0xFFFFFFFF, 8}, {0, 0}};
+    for (const auto& c : masks) {
+        EXPECT_TRUE(effect.updateLightModel(c.mask));
+        EXPECT_EQ(effect.GetLightCount(), c.lights) << std::hex << c.mask;
+    }
+
+    LoadedEffect unloaded("not an effect");
+    technique[0] = 3;
+    unloaded.effect->Init();
+    unloaded.effect->getTechnique(technique);
+    EXPECT_EQ(technique[0], 3) << "no container: nothing written";
+}
+
+TEST(QorNvFXEffectTest, FailedLoadsAnswerNullAndSay)
+{
+    LoadedEffect broken("Technique {");
+    EXPECT_EQ(broken.parameters, nullptr);
+    EXPECT_EQ(broken.effect->Generated(), 0);
+    EXPECT_NE(broken.printed.find("Error>> failed to load the effect\n"), std::string::npos);
+    EXPECT_NE(broken.messages.find("error"), std::string::npos) << "the runtime says what is wrong";
+
+    // An effect given only a file name loads its buffer, which it does not have.
+    QorTempDir dir;
+    const std::string path = dir.Write("only_file.glslfx", kQorNvFXTestEffect);
+    QorNvFXEffect* effect = QorNvFXEffect::AddShaderEffect(nullptr);
+    effect->setFileName(QorString(path.c_str()));
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(effect->Load(), nullptr);
+    testing::internal::GetCapturedStdout();
+    EXPECT_NE(std::string(effect->GetSource().c_str()).find("Technique First"), std::string::npos)
+        << "the file was read all the same";
+    effect->Release();
+}
+
+TEST(QorNvFXEffectTest, IncludesComeFromTheShadersFoldersOfTheSearchPaths)
+{
+    QorTempDir graphic;
+    graphic.Write("shaders/common.glslfxh", "uniform float Shared = 2;\n");
+    QorScopedEnv graphicPath("QorGraphicPath", graphic.Path().c_str());
+    QorScopedEnv startupPath("QorStartupPath", nullptr);
+    const std::string body =
+        "GLSLShader FS { void main() { gl_FragColor = vec4(1.0); } }\nTechnique T { Pass p { FragmentProgram = FS; } }\n";
+
+    LoadedEffect found(("#include \"common.glslfxh\"\n" + body).c_str());
+    ASSERT_NE(found.parameters, nullptr) << found.messages;
+    EXPECT_EQ(Occurrences(found.messages, "Including file common.glslfxh...\n"), 1);
+    EXPECT_EQ(found.parameters->GetParameterIndex("Shared"), 1);
+
+    LoadedEffect notAFile(("#include \"x.glsl\"\n" + body).c_str());
+    EXPECT_EQ(notAFile.parameters, nullptr) << "not an include file: left to the runtime, which misses it";
+    EXPECT_EQ(notAFile.messages.find("Including"), std::string::npos);
+
+    QorScopedEnv noPaths("QorGraphicPath", nullptr);
+    LoadedEffect missing(("#include \"gone.glslfxh\"\n" + body).c_str());
+    EXPECT_EQ(missing.parameters, nullptr);
+    EXPECT_EQ(missing.messages.rfind("gone.glslfxh", 0), 0u) << "the name itself, as the last path tried: "
+                                                            << missing.messages;
+}
+
+TEST(QorNvFXEffectTest, EffectsAreSharedByNameUntilTheLastRelease)
+{
+    QorNvFXEffect* first = QorNvFXEffect::AddShaderEffect("shared.glslfx");
+    QorNvFXEffect* second = QorNvFXEffect::AddShaderEffect("shared.glslfx");
+    EXPECT_EQ(first, second);
+    EXPECT_STREQ(first->GetName(), "shared.glslfx");
+    QorNvFXEffect* unnamed = QorNvFXEffect::AddShaderEffect(nullptr);
+    EXPECT_NE(unnamed, first) << "no name: an effect of its own";
+    unnamed->Release();
+    EXPECT_EQ(first->Release(), 1u) << "still held";
+    EXPECT_EQ(QorNvFXEffect::AddShaderEffect("shared.glslfx"), first);
+    first->Release();
+    EXPECT_EQ(first->Release(), 0u);
+    QorNvFXEffect* fresh = QorNvFXEffect::AddShaderEffect("shared.glslfx");
+    EXPECT_EQ(fresh->Release(), 0u) << "a new effect after the last release";
+}

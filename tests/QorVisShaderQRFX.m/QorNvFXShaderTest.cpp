@@ -1,0 +1,116 @@
+// The GLSL-effect shader object: its file name, sharing, parameters and what it refuses.
+#include "QorNvFXShader.h"
+
+#include "QorNvFXTestEffect.h"
+#include "QorTestSupport.h"
+
+#include "QorVisShaders/QorNvFXEffect.h"
+#include "QorVisShaders/QorNvFXShaderParameters.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+struct ShaderDeleter
+{
+    void operator()(QorIShader* shader) const { shader->Destroy(); }
+};
+using ShaderPtr = std::unique_ptr<QorIShader, ShaderDeleter>;
+
+// A shader of the test effect, its values generated; the load's output swallowed.
+ShaderPtr Generated(const char* name)
+{
+    ShaderPtr shader(new QorNvFXShader());
+    shader->SetBuffer(kQorNvFXTestEffect, name);
+    testing::internal::CaptureStdout();
+    shader->GenerateParameters();
+    testing::internal::GetCapturedStdout();
+    return shader;
+}
+
+} // namespace
+
+TEST(QorNvFXShaderTest, FileNamesAndSharing)
+{
+    QorScopedEnv startup("QorStartupPath", nullptr);
+    QorScopedEnv graphic("QorGraphicPath", nullptr);
+    QorNvFXShader empty;
+    empty.SetFileName(QorString(""));
+    EXPECT_FALSE(empty.HasEffect());
+    EXPECT_STREQ(empty.GetPathName().c_str(), "");
+    QorNvFXShader nested;
+    nested.SetFileName(QorString("a/b\\c.glslfx"));
+    EXPECT_STREQ(nested.GetPathName().c_str(), "a/b\\") << "the separator is kept";
+    QorNvFXShader rooted;
+    rooted.SetFileName(QorString("\\x.glslfx"));
+    EXPECT_STREQ(rooted.GetPathName().c_str(), "") << "a separator at the start sets no directory";
+    EXPECT_FALSE(rooted.HasEffect()) << "found nowhere: no effect, nothing printed";
+    EXPECT_EQ(empty.GetImplementation(), QorFxQRFX);
+
+    QorTempDir dir;
+    const std::string path = dir.Write("shared.glslfx", kQorNvFXTestEffect);
+    ShaderPtr first(new QorNvFXShader()), second(new QorNvFXShader());
+    first->SetFileName(QorString(path.c_str()));
+    second->SetFileName(QorString(path.c_str()));
+    ASSERT_TRUE(first->HasEffect());
+    EXPECT_EQ(first->GetIShaderEffect(), second->GetIShaderEffect());
+    EXPECT_EQ(first->GetIShaderEffect()->AddRef(), 3u);
+    first->GetIShaderEffect()->Release();
+    QorNvFXShader own;
+    own.SetBufferWithoutName(kQorNvFXTestEffect);
+    EXPECT_NE(own.GetIShaderEffect(), first->GetIShaderEffect()) << "no name: an effect of its own";
+    EXPECT_FALSE(QorNvFXShader().GenerateParameters()) << "no effect, no values";
+}
+
+TEST(QorNvFXShaderTest, ValuesThroughTheShader)
+{
+    ShaderPtr shader = Generated("values.glslfx");
+    ASSERT_EQ(shader->GetNbParameters(), 7);
+    const int base = shader->GetParameterIndex("Base");
+    float r = -1, g = -1, b = -1, a = -1;
+    EXPECT_EQ(shader->GetParameterColor(0, &r, &g, &b, &a), -1);
+    EXPECT_EQ(shader->GetParameterColor(base, &r, &g, &b, &a), 1) << "changed: answered as it is, nothing written";
+    EXPECT_EQ(r, -1);
+    shader->GetIShaderParameters()->ResetModified(base);
+    EXPECT_EQ(shader->GetParameterColor(base, &r, &g, &b, &a), 0);
+    EXPECT_FLOAT_EQ(a, 0.4f);
+
+    char file[QorMaxParameterStringLength] = {};
+    EXPECT_EQ(shader->GetParameterString(0, file), -1);
+    EXPECT_EQ(shader->GetParameterString(shader->GetParameterIndex("ColorMap"), file), 0);
+    EXPECT_STREQ(file, "wood.tif");
+    float technique = -1;
+    EXPECT_EQ(shader->GetParameterFloat(0, &technique), 0);
+    EXPECT_EQ(technique, 0.0f);
+
+    float min = 0, max = 0, step = 0;
+    EXPECT_EQ(shader->GetParameterFloatMinMaxStep(1, min, max, step, nullptr, nullptr), -1);
+    QorCapturingSink sink;
+    EXPECT_EQ(shader->GetGroupParameterFloatMinMaxStep(0, 1, min, max, step, nullptr, nullptr), 0);
+    ASSERT_EQ(sink.Records().size(), 1u);
+    EXPECT_EQ(sink.Records()[0].message, "This method is not supposed to be called when using nvfx");
+    EXPECT_EQ(sink.Records()[0].source, "QorVisShaderQRFX.m/src/QorNvFXShader");
+    EXPECT_EQ(sink.Records()[0].line, 544);
+
+    ShaderPtr clone(shader->Clone());
+    EXPECT_EQ(clone->GetIShaderEffect(), shader->GetIShaderEffect());
+    EXPECT_NE(clone->GetIShaderParameters(), shader->GetIShaderParameters());
+    EXPECT_EQ(clone->SetEnvironmentMap("sky.png", 0, 0), 0);
+    EXPECT_EQ(clone->UsesAutomaticEnvironmentMap(), 0);
+}
+
+TEST(QorNvFXShaderTest, TheEffectNeverPushesTheValuesOfAGoneShader)
+{
+    ShaderPtr kept = Generated("current.glslfx");
+    auto* effect = static_cast<QorNvFXEffect*>(kept->GetIShaderEffect());
+    ShaderPtr leaving = Generated("current.glslfx");
+    leaving->SetCurrentParameters();
+    EXPECT_EQ(effect->GetIShaderParameters(), leaving->GetIShaderParameters());
+    leaving.reset();
+    EXPECT_EQ(effect->GetIShaderParameters(), nullptr);
+    effect->UploadCurrentParameters(false); // nothing to push, nothing freed read
+    kept->SetCurrentParameters();
+    EXPECT_EQ(effect->GetIShaderParameters(), kept->GetIShaderParameters());
+}
