@@ -1,0 +1,290 @@
+// GLSL-effect materials through the library's QRFX road.
+//
+// Sharing: many materials over a few ".glslfx" files. The library loads each file once
+// and shares the effect (a shader object per material: SetFileName, GenerateParameters);
+// the naive road loads the text into an nvFX container once per material.
+//
+// Per frame: 200 materials of a 64-uniform effect, 8 values changed per material per
+// frame. The library's road sets them through the shader object, pushes the changed
+// ones into the effect's uniforms (UploadCurrentParameters) and sets the pass up, which
+// sends the changed uniforms to GL; the raw road makes the same glUniform calls on the
+// same GL program. Needs a display (xvfb-run); without one the benchmark says so.
+//
+// Loads print the binding's warnings on standard output: it goes to /dev/null while
+// benchmarks run, and the runtime's messages to a sink that drops them.
+#define GL_GLEXT_PROTOTYPES 1
+
+#include "QorBenchSupport.h"
+
+#include "QorGL/QorGLContext.h"
+#include "QorVisShaderQRFX/QorQRFXFactory.h"
+#include "QorVisShaders/QorNvFXEffect.h"
+
+#include <GL/gl.h>
+#include <GL/glext.h>
+#include <nvFX/IContainer.h>
+#include <nvFX/IPass.h>
+#include <nvFX/IPassEx.h>
+#include <nvFX/ITechnique.h>
+#include <nvFX/nvFX.h>
+
+#include <fcntl.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using QorBench::Clock;
+using QorBench::SecondsSince;
+using QorBench::Shader;
+
+constexpr int kUniforms = 64;
+constexpr int kChanged = 8;
+
+bool IsColor(int uniform)
+{
+    return uniform % 4 == 3;
+}
+
+std::string UniformName(int uniform)
+{
+    return "Value" + std::to_string(uniform);
+}
+
+// An effect whose fragment program reads each of `uniforms` user uniforms (every fourth
+// a vec4, the others floats), with a matrix bound by semantic; `variant` makes the text
+// of each file its own.
+std::string WideEffect(int uniforms, int variant)
+{
+    std::string text = "// variant " + std::to_string(variant) + "\n";
+    text += "uniform mat4 WorldViewProj : WORLDVIEWPROJECTION;\n";
+    std::string sum = "vec4 sum = vec4(0.0);\n";
+    for (int u = 0; u < uniforms; ++u) {
+        text += "uniform " + std::string(IsColor(u) ? "vec4 " : "float ") + UniformName(u) + " < UIMin = 0; > = " +
+                (IsColor(u) ? "{0.5, 0.5, 0.5, 1}" : "0.5") + ";\n";
+        sum += "    sum += " + (IsColor(u) ? UniformName(u) : "vec4(" + UniformName(u) + ")") + ";\n";
+    }
+    text += "GLSLShader VS { void main() { gl_Position = WorldViewProj * gl_Vertex; } }\n";
+    text += "GLSLShader FS { void main() { " + sum + " gl_FragColor = sum; } }\n";
+    text += "Technique Wide { Pass p0 { VertexProgram = VS; FragmentProgram = FS; } }\n";
+    return text;
+}
+
+// Standard output and the runtime's messages are silenced while a benchmark lives.
+class Quiet
+{
+public:
+    Quiet() : m_saved(dup(STDOUT_FILENO)), m_sink(nvFX::setMessageSink([](const char*) {}))
+    {
+        std::fflush(stdout);
+        const int null = open("/dev/null", O_WRONLY);
+        if (null >= 0) {
+            dup2(null, STDOUT_FILENO);
+            close(null);
+        }
+    }
+    ~Quiet()
+    {
+        std::fflush(stdout);
+        if (m_saved >= 0) {
+            dup2(m_saved, STDOUT_FILENO);
+            close(m_saved);
+        }
+        nvFX::setMessageSink(std::move(m_sink));
+    }
+    Quiet(const Quiet&) = delete;
+    Quiet& operator=(const Quiet&) = delete;
+
+private:
+    int m_saved;
+    nvFX::MessageSink m_sink;
+};
+
+struct ContainerDestroy
+{
+    void operator()(nvFX::IContainer* container) const { nvFX::IContainer::destroy(container); }
+};
+using Container = std::unique_ptr<nvFX::IContainer, ContainerDestroy>;
+
+Shader NewShader()
+{
+    return Shader(QorCreateQRFXShader());
+}
+
+void Sharing(benchmark::State& state, int materials, int effects)
+{
+    QorBench::EffectFolder folder;
+    std::vector<std::string> names, sources;
+    for (int variant = 0; variant < effects; ++variant) {
+        names.push_back("wide_" + std::to_string(variant) + ".glslfx");
+        sources.push_back(WideEffect(16, variant));
+        if (!folder.Ready() || folder.Write(names.back(), sources.back()).empty()) {
+            QorBench::Fail(state, "cannot write the effect files");
+            return;
+        }
+    }
+    const Quiet quiet;
+    double libraryTotal = 0, naiveTotal = 0;
+    int loads = 0;
+    for (auto _ : state) {
+        std::vector<Shader> built;
+        loads = 0;
+        const Clock::time_point libraryStart = Clock::now();
+        for (int material = 0; material < materials; ++material) {
+            Shader shader = NewShader();
+            shader->SetFileName(QorString(names[static_cast<size_t>(material % effects)].c_str()));
+            const bool loaded = shader->GetIShaderEffect() && shader->GetIShaderEffect()->Generated();
+            if (!shader->GenerateParameters()) {
+                QorBench::Fail(state, "a material got no parameters");
+                return;
+            }
+            loads += loaded ? 0 : 1;
+            built.push_back(std::move(shader));
+        }
+        const double library = SecondsSince(libraryStart);
+        built.clear();
+
+        std::vector<Container> naive;
+        const Clock::time_point naiveStart = Clock::now();
+        for (int material = 0; material < materials; ++material) {
+            naive.emplace_back(nvFX::IContainer::create("naive"));
+            if (!nvFX::loadEffect(naive.back().get(), sources[static_cast<size_t>(material % effects)].c_str())) {
+                QorBench::Fail(state, "a naive load failed");
+                return;
+            }
+        }
+        const double naiveTime = SecondsSince(naiveStart);
+        if (loads != effects) {
+            QorBench::Fail(state, "the library did not load each effect file exactly once");
+            return;
+        }
+        state.SetIterationTime(library);
+        libraryTotal += library;
+        naiveTotal += naiveTime;
+    }
+    state.counters["materials"] = materials;
+    state.counters["loads"] = loads;
+    state.counters["naive_loads"] = materials;
+    state.counters["speedup"] = libraryTotal > 0 ? naiveTotal / libraryTotal : 0;
+}
+
+// The materials of the per-frame benchmark and the GL program both roads feed.
+struct Frame
+{
+    std::vector<Shader> materials;
+    std::vector<std::vector<int>> changed; // parameter indexes each material sets
+    QorNvFXEffect* effect = nullptr;       // borrowed: the materials hold it
+    nvFX::IPass* pass = nullptr;
+    GLuint program = 0;
+    std::vector<GLint> locations; // of Value0 ... Value63
+
+    bool Build(int count)
+    {
+        const std::string text = WideEffect(kUniforms, 0);
+        for (int m = 0; m < count; ++m) {
+            Shader shader = NewShader();
+            shader->SetBuffer(text.c_str(), "per-frame.glslfx");
+            if (!shader->GenerateParameters() || shader->GetNbParameters() != kUniforms + 1)
+                return false;
+            std::vector<int> indexes;
+            for (int k = 0; k < kChanged; ++k)
+                indexes.push_back((m * kChanged + k) % kUniforms + 1);
+            changed.push_back(indexes);
+            materials.push_back(std::move(shader));
+        }
+        effect = static_cast<QorNvFXEffect*>(materials.front()->GetIShaderEffect());
+        pass = effect->GetCurrentTechnique() ? effect->GetCurrentTechnique()->getPass(0) : nullptr;
+        if (!pass || !pass->validate())
+            return false;
+        program = pass->getExInterface()->getProgram();
+        for (int u = 0; u < kUniforms; ++u)
+            locations.push_back(glGetUniformLocation(program, UniformName(u).c_str()));
+        return program != 0;
+    }
+
+    void Library(float time)
+    {
+        for (size_t m = 0; m < materials.size(); ++m) {
+            QorIShader& shader = *materials[m];
+            for (int index : changed[m]) {
+                if (IsColor(index - 1))
+                    shader.SetParameterColor(index, time, 0.5f, 0.25f, 1.0f);
+                else
+                    shader.SetParameterFloat(index, time);
+            }
+            shader.SetCurrentParameters();
+            effect->UploadCurrentParameters(true);
+            pass->setup();
+            pass->restore();
+        }
+    }
+
+    void Raw(float time)
+    {
+        for (size_t m = 0; m < materials.size(); ++m) {
+            glUseProgram(program);
+            for (int index : changed[m]) {
+                const GLint location = locations[static_cast<size_t>(index - 1)];
+                if (IsColor(index - 1))
+                    glUniform4f(location, time, 0.5f, 0.25f, 1.0f);
+                else
+                    glUniform1f(location, time);
+            }
+            glUseProgram(0);
+        }
+    }
+};
+
+void PerFrame(benchmark::State& state, int materials)
+{
+    QorGLContext gl;
+    if (!gl.Open(16, 16)) {
+        state.SkipWithError(("needs a display (xvfb-run): " + gl.GetError()).c_str());
+        return;
+    }
+    const Quiet quiet;
+    Frame frame;
+    if (!frame.Build(materials)) {
+        QorBench::Fail(state, "cannot build the materials of the wide effect");
+        return;
+    }
+    frame.Library(0.0f);
+    glFinish();
+    double libraryTotal = 0, rawTotal = 0;
+    int count = 0;
+    for (auto _ : state) {
+        const float time = static_cast<float>(++count) * 1e-3f;
+        double library = 0, raw = 0;
+        for (int road = 0; road < 2; ++road) {
+            const bool libraryRoad = (road == 0) == (count % 2 == 0);
+            const Clock::time_point start = Clock::now();
+            if (libraryRoad)
+                frame.Library(time);
+            else
+                frame.Raw(time);
+            glFinish();
+            (libraryRoad ? library : raw) = SecondsSince(start);
+        }
+        state.SetIterationTime(library);
+        libraryTotal += library;
+        rawTotal += raw;
+    }
+    state.counters["raw_us"] = benchmark::Counter(rawTotal * 1e6, benchmark::Counter::kAvgIterations);
+    state.counters["overhead"] = rawTotal > 0 ? libraryTotal / rawTotal : 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    return QorBench::Main(argc, argv, [](bool smoke) {
+        benchmark::RegisterBenchmark("NvFXSharing", Sharing, smoke ? 40 : 1000, smoke ? 5 : 50)
+            ->UseManualTime()
+            ->Iterations(smoke ? 1 : 3)
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("NvFXPerFrame", PerFrame, 200)->UseManualTime()->Unit(benchmark::kMicrosecond);
+    });
+}
