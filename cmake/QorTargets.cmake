@@ -13,6 +13,12 @@ if(QOR_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(QOR_TSAN)
+  # ThreadSanitizer, for the tests that run threads (label "threads").
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+endif()
+
 if(QOR_FUZZ)
   # Coverage instrumentation in every target, so that the fuzzers are guided by the
   # library's and the platform's branches too; libFuzzer's own main is linked only into
@@ -83,17 +89,30 @@ function(qor_library_module name)
 endfunction()
 
 # qor_module_tests(NAME DIR LINKS... [INCLUDES ...]): the tests of one module, DIR/*Test.cpp.
-# Files named *GLTest.cpp need an X display and go into NAMEGLTest (label "gl");
+# Files named *GLTest.cpp need an X display and go into NAMEGLTest (label "gl"); files
+# named *ThreadTest.cpp run threads at the code and go into NAMEThreadTest (label
+# "threads", also built by the ThreadSanitizer stage through the target QorThreadTests);
 # the rest into NAMETest.
 function(qor_module_tests name dir)
   cmake_parse_arguments(ARG "" "" "LINKS;INCLUDES" ${ARGN})
   file(GLOB all_tests CONFIGURE_DEPENDS ${dir}/*Test.cpp)
   file(GLOB gl_tests CONFIGURE_DEPENDS ${dir}/*GLTest.cpp)
+  file(GLOB thread_tests CONFIGURE_DEPENDS ${dir}/*ThreadTest.cpp)
   set(plain_tests ${all_tests})
   if(gl_tests)
     list(REMOVE_ITEM plain_tests ${gl_tests})
     qor_test(${name}GLTest SOURCES ${gl_tests} LINKS ${ARG_LINKS} QorGL Cg::CgGL OpenGL::GL GL)
     target_include_directories(${name}GLTest PRIVATE ${ARG_INCLUDES})
+  endif()
+  if(thread_tests)
+    list(REMOVE_ITEM plain_tests ${thread_tests})
+    qor_test(${name}ThreadTest SOURCES ${thread_tests} LINKS ${ARG_LINKS} Threads::Threads)
+    target_include_directories(${name}ThreadTest PRIVATE ${ARG_INCLUDES})
+    set_tests_properties(${name}ThreadTest PROPERTIES LABELS threads)
+    if(NOT TARGET QorThreadTests)
+      add_custom_target(QorThreadTests)
+    endif()
+    add_dependencies(QorThreadTests ${name}ThreadTest)
   endif()
   if(plain_tests)
     qor_test(${name}Test SOURCES ${plain_tests} LINKS ${ARG_LINKS})

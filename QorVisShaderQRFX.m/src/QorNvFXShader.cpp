@@ -5,6 +5,7 @@
 #include "QorVisFoundation/QorStreamer.h"
 #include "QorVisShaders/QorNvFXEffect.h"
 #include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaders/QorShaderQRFXMigration.h"
 
 #include <cstring>
 #include <memory>
@@ -127,8 +128,18 @@ void QorNvFXShader::UnStream(QorStreamer& streamer)
         container->RemoveResource(resource);
         resource->Release();
     }
-    // Handing the shader, effectName and the stored values to the stream's migration
-    // comes with the migration; until then the values read go with `stored`.
-    (void)effectName;
+    // The stream's migration loads the GLSL counterpart once the document is read; the
+    // first shader read back gives the streamer one.
+    if (!streamer.GetMigration())
+        streamer.SetMigration(std::make_unique<QorShaderQRFXMigration>());
+    if (auto* migration = dynamic_cast<QorShaderQRFXMigration*>(streamer.GetMigration()))
+        migration->AddShaderToMigrate(this, effectName, stored.get());
+}
+
+bool QorNvFXShader::AdoptParameters(const QorNvFXShaderParameters& parameters)
+{
+    DeleteParameters();
+    m_parameters = new (std::nothrow) QorNvFXShaderParameters(parameters);
+    return m_parameters != nullptr;
 }
 

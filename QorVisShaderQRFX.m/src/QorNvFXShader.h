@@ -45,6 +45,9 @@ public:
     int UsesAutomaticEnvironmentMap() override { return 0; }
     QorFxImplementation GetImplementation() override { return QorFxQRFX; }
 
+    /// Takes a copy of `parameters` as the shader's values; false when out of memory.
+    bool AdoptParameters(const QorNvFXShaderParameters& parameters);
+
 private:
     void SelectParameters(QorIShaderParameters* parameters) override;
     // This shader only ever holds a GLSL effect and a GLSL set.

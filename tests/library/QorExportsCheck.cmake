@@ -8,7 +8,8 @@ if(failed)
 endif()
 set(exported readTexture QorFindShaderFile QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
   QorIShader QorIShaderEffect QorIShaderParameters QorIShaderValue QorNvFXEffect QorNvFXShaderParameters
-  QorNvFXShaderValue QorNvFXShaderValueFloat QorNvFXShaderValueColor QorNvFXShaderValueString)
+  QorNvFXShaderValue QorNvFXShaderValueFloat QorNvFXShaderValueColor QorNvFXShaderValueString
+  QorShaderQRFXMigration)
 set(required "QorShaderManager::CreateShader" "QorShaderManager::AddShaderTexture" "readTexture"
   "QorShaderEffect::AddShaderEffect" "QorShaderIncludeManager::Instance" "typeinfo for QorIShader\n")
 string(REPLACE "\n" ";" lines "${listing}")

@@ -69,7 +69,7 @@ QorStreamer::QorStreamer(std::vector<unsigned char> bytes) : m_bytes(std::move(b
 
 QorStreamer::QorStreamer(QorStreamer&& other) noexcept
     : m_bytes(std::move(other.m_bytes)), m_readPosition(other.m_readPosition), m_failed(other.m_failed),
-      m_container(other.m_container)
+      m_container(other.m_container), m_migration(std::move(other.m_migration)), m_migrated(other.m_migrated)
 {
     other.m_bytes.clear();
     other.m_readPosition = 0;
@@ -84,6 +84,8 @@ QorStreamer& QorStreamer::operator=(QorStreamer&& other) noexcept
         m_readPosition = other.m_readPosition;
         m_failed = other.m_failed;
         m_container = other.m_container;
+        m_migration = std::move(other.m_migration);
+        m_migrated = other.m_migrated;
         other.m_bytes.clear();
         other.m_readPosition = 0;
         other.m_failed = false;
@@ -242,4 +244,18 @@ bool QorStreamer::ReadString(char*& text)
     std::memcpy(text, data, static_cast<std::size_t>(length));
     text[length] = '\0';
     return true;
+}
+
+void QorStreamer::SetMigration(std::unique_ptr<QorStreamMigration> migration)
+{
+    m_migration = std::move(migration);
+    m_migrated = false;
+}
+
+void QorStreamer::FinishReading()
+{
+    if (!m_migration || m_migrated)
+        return;
+    m_migrated = true;
+    m_migration->Migrate();
 }

@@ -4,7 +4,10 @@
 /// followed by their bytes without a terminator.
 #pragma once
 
+#include "QorVisFoundation/QorStreamMigration.h"
+
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 class QorResourceZPKContainer;
@@ -61,6 +64,15 @@ public:
     QorResourceZPKContainer* GetResourceZPKContainer() const { return m_container; }
     void SetResourceZPKContainer(QorResourceZPKContainer* container) { m_container = container; }
 
+    /// The migration objects read from this stream hand themselves to; owned by the
+    /// streamer, null until one is given.
+    QorStreamMigration* GetMigration() const { return m_migration.get(); }
+    /// Gives the streamer its migration (a former one goes).
+    void SetMigration(std::unique_ptr<QorStreamMigration> migration);
+    /// Ends the reading of a document: runs the migration, once (a second call does
+    /// nothing). Every reader of documents calls it after un-streaming the document's objects.
+    void FinishReading();
+
 private:
     /// Appends `count` bytes and points at them, or fails the streamer and returns null.
     unsigned char* Grow(std::size_t count);
@@ -73,4 +85,6 @@ private:
     std::size_t m_readPosition = 0;
     bool m_failed = false;
     QorResourceZPKContainer* m_container = nullptr;
+    std::unique_ptr<QorStreamMigration> m_migration;
+    bool m_migrated = false;
 };
