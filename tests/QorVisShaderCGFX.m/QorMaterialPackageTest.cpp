@@ -124,6 +124,8 @@ TEST(QorMaterialPackageTest, TwoSampleMaterialsComeBackEqualFromASavedPackage)
     textured.UnStream(stream);
     CgFXShader plastic;
     plastic.UnStream(stream);
+    stream.FinishReading();
+    EXPECT_EQ(stream.GetMigration(), nullptr) << "CgFX shaders read back need no migration";
     EXPECT_FALSE(stream.IsFailed());
     EXPECT_EQ(stream.GetRemainingSize(), 0u);
     ASSERT_TRUE(textured.HasEffect());

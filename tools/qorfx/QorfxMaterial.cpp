@@ -168,6 +168,8 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadPackage(const std::string& pat
     material->m_file = path;
     const bool compiled = material->Compile(path, problem, [&] {
         shader->UnStream(stream);
+        // The document's reading ends here: a GLSL-effect shader is migrated now.
+        stream.FinishReading();
         return !stream.IsFailed() && shader->GetNbParameters() > 0;
     });
     return compiled ? std::move(material) : nullptr;
