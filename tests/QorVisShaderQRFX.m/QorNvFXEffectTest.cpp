@@ -4,6 +4,7 @@
 
 #include "NvFXTestSupport.h"
 #include "QorNvFXTestEffect.h"
+#include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 
 #include "QorVisShaders/QorNvFXShaderParameters.h"
@@ -53,6 +54,7 @@ int Occurrences(const std::string& text, const std::string& part)
 
 TEST(QorNvFXEffectTest, SemanticsBindHandlesAndTheRestBecomesUserValues)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     LoadedEffect loaded(kQorNvFXTestEffect);
     ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
     QorNvFXEffect& effect = *loaded.effect;
@@ -99,6 +101,7 @@ TEST(QorNvFXEffectTest, SemanticsBindHandlesAndTheRestBecomesUserValues)
 
 TEST(QorNvFXEffectTest, TechniquesAndTheLightMask)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     LoadedEffect loaded(kQorNvFXTestEffect);
     QorNvFXEffect& effect = *loaded.effect;
     int technique[2] = {5, 5};
@@ -132,6 +135,7 @@ TEST(QorNvFXEffectTest, TechniquesAndTheLightMask)
 
 TEST(QorNvFXEffectTest, FailedLoadsAnswerNullAndSay)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     LoadedEffect broken("Technique {");
     EXPECT_EQ(broken.parameters, nullptr);
     EXPECT_EQ(broken.effect->Generated(), 0);

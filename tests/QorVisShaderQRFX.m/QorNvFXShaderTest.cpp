@@ -2,6 +2,7 @@
 #include "QorNvFXShader.h"
 
 #include "QorNvFXTestEffect.h"
+#include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 
 #include "QorVisShaders/QorNvFXEffect.h"
@@ -34,6 +35,7 @@ ShaderPtr Generated(const char* name)
 
 TEST(QorNvFXShaderTest, FileNamesAndSharing)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     QorScopedEnv startup("QorStartupPath", nullptr);
     QorScopedEnv graphic("QorGraphicPath", nullptr);
     QorNvFXShader empty;
@@ -66,6 +68,7 @@ TEST(QorNvFXShaderTest, FileNamesAndSharing)
 
 TEST(QorNvFXShaderTest, ValuesThroughTheShader)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     ShaderPtr shader = Generated("values.glslfx");
     ASSERT_EQ(shader->GetNbParameters(), 7);
     const int base = shader->GetParameterIndex("Base");
@@ -103,6 +106,7 @@ TEST(QorNvFXShaderTest, ValuesThroughTheShader)
 
 TEST(QorNvFXShaderTest, TheEffectNeverPushesTheValuesOfAGoneShader)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     ShaderPtr kept = Generated("current.glslfx");
     auto* effect = static_cast<QorNvFXEffect*>(kept->GetIShaderEffect());
     ShaderPtr leaving = Generated("current.glslfx");

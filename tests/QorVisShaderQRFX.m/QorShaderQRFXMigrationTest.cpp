@@ -4,6 +4,7 @@
 
 #include "QorNvFXShader.h"
 #include "QorNvFXTestEffect.h"
+#include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 
 #include "QorSystem/QorStrings.h"
@@ -81,6 +82,7 @@ TEST(QorShaderQRFXMigrationTest, StoredNamesLeadToGlslfxNames)
 
 TEST(QorShaderQRFXMigrationTest, ValuesAreCopiedByNameAndMissingOnesSaidOnce)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     GlslfxFolder folder;
     QorNvFXShader shader;
     QorNvFXShaderParameters stored = StoredValues();
@@ -108,6 +110,7 @@ TEST(QorShaderQRFXMigrationTest, ValuesAreCopiedByNameAndMissingOnesSaidOnce)
 
 TEST(QorShaderQRFXMigrationTest, WithoutALockNothingIsRecorded)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     QorNvFXShader shader;
     QorNvFXShaderParameters stored = StoredValues();
     QorShaderQRFXMigration unlocked(nullptr);
@@ -126,6 +129,7 @@ TEST(QorShaderQRFXMigrationTest, WithoutALockNothingIsRecorded)
 
 TEST(QorShaderQRFXMigrationTest, ReadingADocumentMigratesItsShadersOnceAtTheEnd)
 {
+    QorRegistryGuard guard; // the test effect registers its texture
     GlslfxFolder folder;
     // What a document of one CgFX material holds: the values, then its effect's resource.
     QorResourceZPKContainer container;
