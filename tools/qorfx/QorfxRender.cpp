@@ -164,7 +164,8 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], loading);
         const DrawFailure failure =
             material ? DrawMaterial(*material, options, view, mesh, skyTexture) : DrawFailure{loading.word, loading.message};
-        const std::string label = std::filesystem::path(inputs[i]).stem().string();
+        // The extension stays: a sheet may show a CgFX material beside its GLSL twin.
+        const std::string label = std::filesystem::path(inputs[i]).filename().string();
         if (failure.word.empty()) {
             sheet.Place(i, context.ReadPixels(), label);
         } else {
