@@ -82,6 +82,17 @@ protected:
         return shader;
     }
 
+    // A white plastic without highlights: it shows the diffuse light it receives.
+    Shader LoadWhitePlastic()
+    {
+        Shader plastic = Load("plastic.glslfx");
+        if (plastic) {
+            plastic->SetParameterColor(1, 1, 1, 1, 1);
+            plastic->SetParameterColor(2, 0, 0, 0, 1);
+        }
+        return plastic;
+    }
+
     static QorNvFXEffect& Effect(QorIShader& shader) { return *static_cast<QorNvFXEffect*>(shader.GetIShaderEffect()); }
 
     // What a renderer feeds: identity matrices with the eye at z = 2, `lights`, the
@@ -199,12 +210,9 @@ TEST_F(QorNvFXSamplesGLTest, EverySampleLoadsBindsTheIncludeValidatesAndDrawsALi
 
 TEST_F(QorNvFXSamplesGLTest, TheIncludeTellsLightKindsByTheirValues)
 {
-    Shader plastic = Load("plastic.glslfx");
+    Shader plastic = LoadWhitePlastic();
     ASSERT_TRUE(plastic);
     QorNvFXEffect& effect = Effect(*plastic);
-    // A white surface without highlights shows the diffuse light it receives.
-    plastic->SetParameterColor(1, 1, 1, 1, 1);
-    plastic->SetParameterColor(2, 0, 0, 0, 1);
     const PlainTexture white(GL_TEXTURE_2D, {255, 255, 255, 255});
     const int corner = 1, middle = kSize / 2;
 
@@ -233,11 +241,9 @@ TEST_F(QorNvFXSamplesGLTest, TheIncludeTellsLightKindsByTheirValues)
 
 TEST_F(QorNvFXSamplesGLTest, TheIncludeSwitchesBetweenTheColourAndTheCubeEnvironment)
 {
-    Shader plastic = Load("plastic.glslfx");
+    Shader plastic = LoadWhitePlastic();
     ASSERT_TRUE(plastic);
     QorNvFXEffect& effect = Effect(*plastic);
-    plastic->SetParameterColor(1, 1, 1, 1, 1);
-    plastic->SetParameterColor(2, 0, 0, 0, 1);
     const PlainTexture white(GL_TEXTURE_2D, {255, 255, 255, 255});
     const PlainTexture red(GL_TEXTURE_CUBE_MAP, {255, 0, 0, 255});
 
