@@ -199,4 +199,13 @@ TEST(QorfxGLTest, OneSheetShowsBothFamilies)
     EXPECT_GT(cg[2], 100) << "the blue toon of each family";
     for (int channel = 0; channel < 3; ++channel)
         EXPECT_NEAR(glsl[channel], cg[channel], 8) << channel;
+
+    const QorfxResult column = RunQorfx("render " + QorfxSample("materials/toon.cgfx") + " " +
+                                        QorfxSample("materials/toon.glslfx") + " --columns 1 --size 64x48 -o " +
+                                        dir.File("column.png"));
+    ASSERT_EQ(column.exitCode, 0) << column.err;
+    Picture stacked = Read(dir.File("column.png"));
+    ASSERT_TRUE(stacked.image);
+    EXPECT_EQ(stacked.image->GetWidth(), 64u);
+    EXPECT_EQ(stacked.image->GetHeight(), 2u * (48u + 22u)) << "one family a row";
 }

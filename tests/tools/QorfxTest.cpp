@@ -99,6 +99,7 @@ TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
         {"render " + plastic + " -o " + out + " --size 10x10x", 2, "--size"},
         {"render " + plastic + " -o " + out + " --lights laser", 2, "--lights"},
         {"render " + plastic + " -o " + out + " --mesh torus", 2, "--mesh"},
+        {"render " + plastic + " -o " + out + " --columns 0", 2, "--columns"},
         {"render " + plastic + " -o " + out + " --env bogus", 2, "--env"},
         {"pack " + plastic, 2, ""},
         {"pack " + dir.File("missing.cgfx") + " -o " + dir.File("p.zpk"), 1, "no such effect file"},
