@@ -8,6 +8,7 @@
 #include "QorVisShaders/QorIShader.h"
 #include "QorVisShaders/QorNvFXEffect.h"
 #include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <GL/gl.h>
@@ -69,6 +70,9 @@ class QorNvFXSamplesGLTest : public testing::Test
 {
 protected:
     void SetUp() override { ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError(); }
+    // The textured sample's texture went back to the registry: it goes while the context
+    // is current.
+    void TearDown() override { QorShaderManager::CleanShaderTextureToDestroyList(); }
 
     // A GLSL shader object over the sample, its parameters generated; the include comes
     // from the samples' "shaders" folder.
