@@ -29,6 +29,7 @@ public:
     std::string CompileErrors() override;
     /// The includes with a file suffix that the load could not find.
     std::vector<QorfxMissingInclude> MissingIncludes() override;
+    /// Nothing to prepare: a pass's setup binds the textures its samplers read.
     void PrepareContext() override {}
     /// The colour or the sky: the ambient colour (GLOBALAMBIENTCOLOR), the cube map
     /// (AUTOMATICENVIRONMENTMAP) and the switch between them
