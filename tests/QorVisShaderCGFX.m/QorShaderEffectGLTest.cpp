@@ -3,6 +3,7 @@
 #include "CgFXShader.h"
 
 #include "QorGL/QorGLContext.h"
+#include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 #include "QorVisShaders/QorShaderEffect.h"
 #include "QorVisShaderCGFX/QorCgFXFactory.h"
@@ -124,6 +125,7 @@ void FeedTheScene(QorIShader& shader, QorShaderEffect& effect, const WhiteTextur
 
 TEST_F(QorShaderEffectGLTest, EveryTechniqueOfEverySampleThatValidatesDrawsItsMaterial)
 {
+    QorRegistryGuard guard; // the textured sample registers its texture
     const WhiteTexture map(GL_TEXTURE_2D), sky(GL_TEXTURE_CUBE_MAP);
     int drawn = 0;
     for (const char* sample : {"plastic", "brushed_metal", "textured", "chrome", "toon"}) {

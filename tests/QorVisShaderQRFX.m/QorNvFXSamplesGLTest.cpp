@@ -3,12 +3,12 @@
 // technique and draws a lit pixel; the include tells light kinds and switches the
 // environment as its comments say.
 #include "QorGL/QorGLContext.h"
+#include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 #include "QorVisShaderQRFX/QorQRFXFactory.h"
 #include "QorVisShaders/QorIShader.h"
 #include "QorVisShaders/QorNvFXEffect.h"
 #include "QorVisShaders/QorNvFXShaderParameters.h"
-#include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <GL/gl.h>
@@ -70,9 +70,6 @@ class QorNvFXSamplesGLTest : public testing::Test
 {
 protected:
     void SetUp() override { ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError(); }
-    // The textured sample's texture went back to the registry: it goes while the context
-    // is current.
-    void TearDown() override { QorShaderManager::CleanShaderTextureToDestroyList(); }
 
     // A GLSL shader object over the sample, its parameters generated; the include comes
     // from the samples' "shaders" folder.
@@ -182,6 +179,7 @@ protected:
     QorScopedEnv m_graphic{"QorGraphicPath", QOR_SAMPLES_DIR};
     QorScopedEnv m_startup{"QorStartupPath", nullptr};
     QorGLContext m_context;
+    QorRegistryGuard m_registry; // the textured sample registers its texture; it goes while the context is current
 };
 
 } // namespace
