@@ -5,13 +5,12 @@
 #pragma once
 
 #include "QorVisShaders/QorCgHolder.h"
+#include "QorRegistryGuard.h"
 #include "QorShaderParameters.h"
 
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderTexture.h"
 
-#include "QorVisFoundation/QorPixelImageManager.h"
-#include "QorVisFoundation/QorTexturePixelImage.h"
 
 #include <Cg/cg.h>
 
@@ -74,20 +73,6 @@ sampler2D bump;
     }
 };
 
-/// Cleans the destroy list and empties the pixel-image lists when it ends; declare it
-/// first so that every set of the test has handed its textures back by then.
-struct QorRegistryGuard
-{
-    QorRegistryGuard() = default;
-    QorRegistryGuard(const QorRegistryGuard&) = delete;
-    QorRegistryGuard& operator=(const QorRegistryGuard&) = delete;
-    ~QorRegistryGuard()
-    {
-        QorShaderManager::CleanShaderTextureToDestroyList();
-        QorTexturePixelImage::ClearList();
-        QorPixelImageManager::Clear();
-    }
-};
 
 /// The registry's count of the texture of that name, 0 when it is not registered.
 inline unsigned QorTextureCount(const char* name)
