@@ -3,8 +3,8 @@
 // - EffectLoad: nvFX::loadEffect of the plastic.glslfx sample (parse, glslang compile,
 //   link and reflection of its pass) against cgCreateEffect of its twin plastic.cgfx,
 //   both as shipped (a GLSL and an ARB assembly technique) and cut to its GLSL technique,
-//   the same surface drawn the same way; one Cg context with the GL states registered
-//   and the lighting include found on the samples' shaders folder.
+//   the same surface drawn the same way; one Cg context with the GL states registered,
+//   and each road's lighting include found on the samples' shaders folder.
 // - PassSetup: 64 vec4 uniforms set through the interface, then the pass set up (program,
 //   changed values pushed) and restored, against glUseProgram, the same 64 glUniform4fv
 //   calls on the pass's own GL program and glUseProgram(0). Needs an X display; without
@@ -25,6 +25,7 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -44,6 +45,12 @@ using Container = std::unique_ptr<nvFX::IContainer, ContainerDestroy>;
 void SampleShadersInclude(CGcontext context, const char* name)
 {
     cgSetCompilerIncludeFile(context, name, (std::string(QOR_SAMPLES_DIR) + "/shaders" + name).c_str());
+}
+
+// nvFX asks for "QorLighting.glslfxh" and reads the file it is handed.
+void SampleShadersGlslInclude(const char* name, FILE*& file, const char*&)
+{
+    file = std::fopen((std::string(QOR_SAMPLES_DIR) + "/shaders/" + name).c_str(), "r");
 }
 
 Container LoadGlslfx(const std::string& text)
@@ -79,6 +86,7 @@ void EffectLoad(benchmark::State& state)
     const QorBench::CgContext context(cgCreateContext());
     cgGLRegisterStates(context.get());
     cgSetCompilerIncludeCallback(context.get(), SampleShadersInclude);
+    nvFX::setIncludeCallback(SampleShadersGlslInclude);
     // glslang builds its tables for a version at its first compile; neither road pays
     // a one-time start-up in the loop.
     if (!LoadGlslfx(*glslfx)) {

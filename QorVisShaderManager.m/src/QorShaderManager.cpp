@@ -34,14 +34,22 @@ void QorShaderManager::setFxImplementation(QorFxImplementation implementation)
 
 QorIShader* QorShaderManager::CreateShader()
 {
-    switch (GetShaderVersion()) {
+    const QorFxImplementation chosen = GetShaderVersion();
+    // 2, or any value forced through setFxImplementation: GLSL effects.
+    return CreateShader(chosen == QorFxCgFX || chosen == QorFxQRFX0 ? chosen : QorFxQRFX);
+}
+
+QorIShader* QorShaderManager::CreateShader(QorFxImplementation implementation)
+{
+    switch (implementation) {
     case QorFxCgFX:
         return QorCreateCgFXShader();
+    case QorFxQRFX:
+        return QorCreateQRFXShader();
     case QorFxQRFX0:
         return CreateQRFX0Effect();
     default:
-        // 2, or any value forced through setFxImplementation: GLSL effects.
-        return QorCreateQRFXShader();
+        return nullptr;
     }
 }
 

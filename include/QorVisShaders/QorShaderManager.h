@@ -36,6 +36,11 @@ public:
     static QorFxImplementation GetShaderVersion();
     /// A new shader object of the current implementation, owned by the caller, or null.
     static QorIShader* CreateShader();
+    /// A new shader object of `implementation`, whatever this process decided, owned by
+    /// the caller: for tools and hosts that read effects of both kinds side by side.
+    /// QorFxQRFX0 asks the host's factory. Null for QorFxUndecided, a value that names no
+    /// implementation, or when out of memory. The process's decision is left as it is.
+    static QorIShader* CreateShader(QorFxImplementation implementation);
     /// A new, empty effect (count 1; the caller Releases it), or null.
     static QorIShaderEffect* CreateShaderEffect();
     /// The upper-case image format word for a texture file name ("JPEG", "TIFF", "PNG"...).

@@ -127,3 +127,85 @@ TEST(QorfxGLTest, AMaterialThatCannotBeDrawnGetsACrossedTileAndTheOthersAreDrawn
     const auto plastic = picture.At(32, 32);
     EXPECT_GT(plastic[0], 100) << "the materials around it are drawn";
 }
+
+namespace {
+
+// The mean absolute difference of each colour channel, as a fraction of full scale.
+std::array<double, 3> MeanDifference(const Picture& a, const Picture& b)
+{
+    std::array<double, 3> sums = {0, 0, 0};
+    const unsigned width = a.image->GetWidth(), height = a.image->GetHeight();
+    for (unsigned y = 0; y < height; ++y)
+        for (unsigned x = 0; x < width; ++x) {
+            const auto p = a.At(x, y), q = b.At(x, y);
+            for (int channel = 0; channel < 3; ++channel)
+                sums[channel] += std::abs(p[channel] - q[channel]);
+        }
+    for (double& sum : sums)
+        sum /= 255.0 * width * height;
+    return sums;
+}
+
+} // namespace
+
+TEST(QorfxGLTest, EachGlslTwinLooksLikeItsCgFXOriginal)
+{
+    QorTempDir dir;
+    // Each material with values of its own, in a scene of every light kind and in the
+    // default one; both families drawn with the same options.
+    const std::pair<std::string, std::string> materials[] = {
+        {"plastic", "--set Diffuse=0.2,0.5,0.9 --set Glossiness=12"},
+        {"brushed_metal", "--set RoughnessAcross=0.2 --set BrushDirection=1,1,0"},
+        {"textured", "--set Tiling=2"},
+        {"chrome", "--set Tint=1,0.8,0.6 --set Fresnel=1"},
+        {"toon", "--set Bands=5 --set BaseColor=0.9,0.4,0.1"},
+    };
+    const std::string scenes[] = {"", "--lights point,spot,dir,spot --env 0.2,0.3,0.1 --mesh cube"};
+    for (const auto& [material, values] : materials)
+        for (const std::string& scene : scenes) {
+            SCOPED_TRACE(material + " " + scene);
+            std::vector<Picture> pictures;
+            for (const char* extension : {".cgfx", ".glslfx"}) {
+                const std::string output = dir.File(material + extension + ".png");
+                const QorfxResult drawn = RunQorfx("render " + QorfxSample(("materials/" + material + extension).c_str()) +
+                                                   " --size 96x96 " + values + " " + scene + " -o " + output);
+                ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
+                pictures.push_back(Read(output));
+                ASSERT_TRUE(pictures.back().image);
+            }
+            const auto centre = pictures[1].At(48, 48);
+            EXPECT_GT(centre[0] + centre[1] + centre[2], 60) << "the GLSL twin is drawn and lit";
+            const std::array<double, 3> difference = MeanDifference(pictures[0], pictures[1]);
+            for (int channel = 0; channel < 3; ++channel)
+                EXPECT_LE(difference[channel], 0.03) << "channel " << channel;
+        }
+
+    const nlohmann::json inspected = nlohmann::json::parse(RunQorfx("inspect --json " + QorfxSample("materials/chrome.glslfx")).out);
+    EXPECT_EQ(inspected["techniques"][0]["valid"], true);
+    EXPECT_EQ(inspected["environment"], 2) << "inspect readies the sky as render does";
+    EXPECT_EQ(inspected["messages"], nlohmann::json::array()) << "nvFX said nothing while validating";
+}
+
+TEST(QorfxGLTest, OneSheetShowsBothFamilies)
+{
+    QorTempDir dir;
+    const QorfxResult sheet = RunQorfx("render " + QorfxSample("materials/toon.cgfx") + " " +
+                                       QorfxSample("materials/toon.glslfx") + " --size 64x64 -o " + dir.File("sheet.png"));
+    ASSERT_EQ(sheet.exitCode, 0) << sheet.err;
+    Picture picture = Read(dir.File("sheet.png"));
+    ASSERT_TRUE(picture.image);
+    EXPECT_EQ(picture.image->GetWidth(), 2u * 64u);
+    const auto cg = picture.At(32, 32), glsl = picture.At(64 + 32, 32);
+    EXPECT_GT(cg[2], 100) << "the blue toon of each family";
+    for (int channel = 0; channel < 3; ++channel)
+        EXPECT_NEAR(glsl[channel], cg[channel], 8) << channel;
+
+    const QorfxResult column = RunQorfx("render " + QorfxSample("materials/toon.cgfx") + " " +
+                                        QorfxSample("materials/toon.glslfx") + " --columns 1 --size 64x48 -o " +
+                                        dir.File("column.png"));
+    ASSERT_EQ(column.exitCode, 0) << column.err;
+    Picture stacked = Read(dir.File("column.png"));
+    ASSERT_TRUE(stacked.image);
+    EXPECT_EQ(stacked.image->GetWidth(), 64u);
+    EXPECT_EQ(stacked.image->GetHeight(), 2u * (48u + 22u)) << "one family a row";
+}

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace {
@@ -98,6 +99,7 @@ TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
         {"render " + plastic + " -o " + out + " --size 10x10x", 2, "--size"},
         {"render " + plastic + " -o " + out + " --lights laser", 2, "--lights"},
         {"render " + plastic + " -o " + out + " --mesh torus", 2, "--mesh"},
+        {"render " + plastic + " -o " + out + " --columns 0", 2, "--columns"},
         {"render " + plastic + " -o " + out + " --env bogus", 2, "--env"},
         {"pack " + plastic, 2, ""},
         {"pack " + dir.File("missing.cgfx") + " -o " + dir.File("p.zpk"), 1, "no such effect file"},
@@ -204,4 +206,106 @@ TEST(QorfxTest, EffectsAreFoundWhereTheLibraryFindsThem)
     EXPECT_EQ(description["file"], graphic.File("shaders/only_here.cgfx")) << "it says where the file was found";
     EXPECT_EQ(description["parameters"][0]["name"], "Diffuse");
     EXPECT_NE(RunQorfx("inspect elsewhere.cgfx").err.find("no such effect file"), std::string::npos);
+}
+
+namespace {
+
+nlohmann::json InspectJson(const std::string& file)
+{
+    const QorfxResult result = RunQorfx("inspect --json " + file);
+    EXPECT_EQ(result.exitCode, 0) << file << ": " << result.err;
+    return result.exitCode == 0 ? nlohmann::json::parse(result.out) : nlohmann::json::object();
+}
+
+bool Lists(const nlohmann::json& list, const nlohmann::json& entry)
+{
+    return std::find(list.begin(), list.end(), entry) != list.end();
+}
+
+} // namespace
+
+TEST(QorfxTest, EachGlslTwinOffersTheParametersOfItsCgFXOriginal)
+{
+    for (const std::string material : {"plastic", "brushed_metal", "textured", "chrome", "toon"}) {
+        SCOPED_TRACE(material);
+        const nlohmann::json cg = InspectJson(QorfxSample(("materials/" + material + ".cgfx").c_str()));
+        const nlohmann::json glsl = InspectJson(QorfxSample(("materials/" + material + ".glslfx").c_str()));
+        const nlohmann::json& cgParameters = cg["parameters"];
+        const nlohmann::json& glslParameters = glsl["parameters"];
+        ASSERT_EQ(glslParameters.size(), cgParameters.size());
+        for (size_t i = 0; i < cgParameters.size(); ++i) {
+            const nlohmann::json& expected = cgParameters[i];
+            const nlohmann::json& twin = glslParameters[i];
+            for (const char* key : {"index", "name", "type", "value", "uiName", "widget"})
+                EXPECT_EQ(twin[key], expected[key]) << expected["name"] << " " << key;
+            if (expected["type"] == 1) {
+                for (const char* key : {"min", "max", "step"})
+                    EXPECT_EQ(twin[key], expected[key]) << expected["name"] << " " << key;
+            }
+            if (expected["type"] == 4) {
+                EXPECT_EQ(twin["defaultFile"], expected["value"]) << "the CgFX File annotation";
+            }
+        }
+
+        EXPECT_EQ(glsl["techniques"].size(), 1u);
+        EXPECT_TRUE(glsl["hasLightArray"].get<bool>());
+        EXPECT_EQ(glsl["interfaces"], nlohmann::json::array());
+        const nlohmann::json& semantics = glsl["semantics"];
+        EXPECT_TRUE(Lists(semantics, {{"parameter", "WorldViewProj"}, {"semantic", "WORLDVIEWPROJECTION"}}));
+        EXPECT_TRUE(Lists(semantics, {{"parameter", "EnvAmbient"}, {"semantic", "GLOBALAMBIENTCOLOR"}}));
+        EXPECT_TRUE(Lists(semantics, {{"parameter", "EnvironmentMap"}, {"semantic", "AUTOMATICENVIRONMENTMAP"}}));
+        for (const nlohmann::json& bound : semantics)
+            EXPECT_NE(bound["semantic"], "DIFFUSE") << "a user colour would be lost to the renderer";
+        EXPECT_TRUE(Lists(glsl["namedUniforms"], {{"name", "numLights"}, {"used", true}}));
+        EXPECT_TRUE(Lists(glsl["namedUniforms"], {{"name", "lightData_LightAmbient"}, {"used", false}}));
+        EXPECT_EQ(glsl["namedUniforms"].size(), 12u) << "the include's light uniforms";
+        const nlohmann::json& warnings = glsl["loadWarnings"];
+        EXPECT_EQ(std::count_if(warnings.begin(), warnings.end(),
+                                [](const nlohmann::json& line) {
+                                    return line.get<std::string>().rfind("Warning : ", 0) == 0;
+                                }),
+                  19);
+        EXPECT_TRUE(Lists(warnings, "'''Note''' : lightData_LightAmbient not connected to any target (shader)"));
+        EXPECT_TRUE(Lists(glsl["loadMessages"], "Including file QorLighting.glslfxh..."));
+    }
+
+    const QorfxResult text = RunQorfx("inspect " + QorfxSample("materials/textured.glslfx"));
+    EXPECT_EQ(text.exitCode, 0) << text.err;
+    for (const char* shown : {"default file checker.rgb", "named uniforms:", "load warnings:", "load messages:"})
+        EXPECT_NE(text.out.find(shown), std::string::npos) << shown << "\n" << text.out;
+}
+
+TEST(QorfxTest, EachInputGetsTheImplementationItsExtensionNames)
+{
+    // The process's own choice (ShaderVersion) does not turn a CgFX file into a GLSL effect.
+    QorScopedEnv version("ShaderVersion", "QRFX");
+    EXPECT_EQ(InspectJson(QorfxSample("materials/toon.cgfx"))["interfaces"][0]["name"], "environment");
+    EXPECT_EQ(InspectJson(QorfxSample("materials/toon.glslfx"))["techniques"][0]["name"], "ToonGLSL");
+}
+
+TEST(QorfxTest, GlslEffectsThatDoNotLoadSayWhereAndWhy)
+{
+    const QorfxResult undeclared = RunQorfx("inspect " + QorfxData("undeclared.glslfx"));
+    EXPECT_EQ(undeclared.exitCode, 1);
+    EXPECT_NE(undeclared.err.find("undeclared.glslfx: the effect does not compile"), std::string::npos)
+        << undeclared.err;
+    EXPECT_NE(undeclared.err.find("(5): error: pass 'p0' of technique 'T', fragment stage: 'Gian' : undeclared identifier"),
+              std::string::npos)
+        << undeclared.err;
+    EXPECT_EQ(undeclared.out, "") << "nvFX prints nothing on standard output";
+    const QorfxResult json = RunQorfx("inspect --json " + QorfxData("undeclared.glslfx"));
+    EXPECT_NE(nlohmann::json::parse(json.out)["errors"].get<std::string>().find("'Gian'"), std::string::npos);
+
+    const QorfxResult missing = RunQorfx("inspect " + QorfxData("missing_include.glslfx"));
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_NE(missing.err.find("(2): error: include 'QorNowhere.glslfxh' not found"), std::string::npos) << missing.err;
+    EXPECT_NE(missing.err.find("include \"QorNowhere.glslfxh\" was not found: looked for as it stands and under shaders/"),
+              std::string::npos)
+        << missing.err;
+
+    QorTempDir dir;
+    const QorfxResult packed = RunQorfx("pack " + QorfxSample("materials/plastic.glslfx") + " -o " + dir.File("p.zpk"));
+    EXPECT_EQ(packed.exitCode, 1);
+    EXPECT_NE(packed.err.find("not written to streams"), std::string::npos) << packed.err;
+    EXPECT_FALSE(Exists(dir.File("p.zpk")));
 }

@@ -10,6 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -32,10 +33,10 @@ public:
     /// needs a GL context made current and prepared with PrepareContext().
     virtual nlohmann::json Techniques(bool validate) = 0;
     /// Adds what the effect says of user parameter `index` (from 1) beyond the shader's
-    /// values: "widget" and "uiName".
+    /// values: "widget" and "uiName", and what else the implementation knows of it.
     virtual void DescribeParameter(int index, nlohmann::json& entry) = 0;
     /// Adds the effect-wide entries: bound "semantics", "interfaces", "environment",
-    /// "lights", "hasLightArray".
+    /// "lights", "hasLightArray", and what else the implementation reports.
     virtual void DescribeEffect(nlohmann::json& description) = 0;
     /// The errors of the last failed compilation, as the implementation reports them.
     virtual std::string CompileErrors() = 0;
@@ -57,6 +58,8 @@ public:
     virtual void Draw(const QorfxView& view, const std::vector<QorfxVertex>& mesh) = 0;
 };
 
-/// The back end of the shader's implementation, over its effect; null when the shader
-/// has no effect or the tool has no back end for its implementation.
-std::unique_ptr<QorfxBackend> QorfxMakeBackend(QorIShader& shader);
+/// Runs `load` (which gives the shader its effect and generates its parameters; its
+/// outcome goes to `loaded`) the way the shader's implementation needs, then returns the
+/// back end of that implementation over the effect: null when the shader has no effect
+/// or the tool has no back end for its implementation.
+std::unique_ptr<QorfxBackend> QorfxMakeBackend(QorIShader& shader, const std::function<bool()>& load, bool& loaded);

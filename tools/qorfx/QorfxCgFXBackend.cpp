@@ -1,13 +1,13 @@
 #include "QorfxCgFXBackend.h"
 
+#include "QorfxSceneFeed.h"
+
 #include "QorVisShaders/QorIShader.h"
 #include "QorVisShaders/QorShaderEffect.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <Cg/cgGL.h>
 #include <GL/gl.h>
-
-#include <cmath>
 
 using nlohmann::json;
 
@@ -40,10 +40,25 @@ void Set(CGparameter parameter, float x, float y, float z, float w = 1)
         cgSetParameter4f(parameter, x, y, z, w);
 }
 
+void Set(CGparameter parameter, const float (&xyz)[3], float w = 1)
+{
+    Set(parameter, xyz[0], xyz[1], xyz[2], w);
+}
+
 void Set(CGparameter parameter, float value)
 {
     if (parameter)
         cgSetParameter1f(parameter, value);
+}
+
+// A member of the environment instance connected now. Shader objects connect instances
+// of their own when they generate their parameters, so the member handles the effect
+// kept from its own connection may name an instance nothing draws with.
+CGparameter EnvironmentMember(CGeffect effect, const char* member)
+{
+    const CGparameter environment = cgGetNamedEffectParameter(effect, "environment");
+    const CGparameter instance = environment ? cgGetConnectedParameter(environment) : nullptr;
+    return instance ? cgGetNamedStructParameter(instance, member) : nullptr;
 }
 
 } // namespace
@@ -124,17 +139,15 @@ std::string QorfxCgFXBackend::SetEnvironment(const QorfxView& view, unsigned int
 {
     if (m_effect.GetEnvironmentState() == QorEnvironmentNone)
         return "";
-    if (view.environment.empty()) {
-        if (!m_effect.updateEnvModel(QorEnvironmentCube))
-            return "the effect has no cube environment (\"SEnvCUBE\")";
-        Set(m_effect.GetEnvironmentMember(0), 0.35f, 0.35f, 0.35f);
-        for (int member : {1, 2})
-            if (const CGparameter sampler = m_effect.GetEnvironmentMember(member))
+    const bool cube = view.environment.empty();
+    if (!m_effect.updateEnvModel(cube ? QorEnvironmentCube : QorEnvironmentColor) && cube)
+        return "the effect has no cube environment (\"SEnvCUBE\")";
+    const auto ambient = QorfxEnvironmentAmbient(view);
+    Set(EnvironmentMember(m_effect.GetCgEffect(), "EnvAmbient"), ambient[0], ambient[1], ambient[2]);
+    if (cube)
+        for (const char* member : {"EnvDiffuse", "EnvSpecular"})
+            if (const CGparameter sampler = EnvironmentMember(m_effect.GetCgEffect(), member))
                 cgGLSetTextureParameter(sampler, skyTexture);
-        return "";
-    }
-    m_effect.updateEnvModel(QorEnvironmentColor);
-    Set(m_effect.GetEnvironmentMember(0), view.environment[0], view.environment[1], view.environment[2]);
     return "";
 }
 
@@ -151,47 +164,39 @@ bool QorfxCgFXBackend::Validate()
 
 void QorfxCgFXBackend::SetMatrices(const QorfxView& view)
 {
-    const Qor4x4Matrix worldView = view.view * view.world;
-    const Qor4x4Matrix worldInverse = QorfxInverse(view.world);
-    const Qor4x4Matrix viewInverse = QorfxInverse(view.view);
-    const Qor4x4Matrix worldViewInverse = QorfxInverse(worldView);
-    const std::pair<QorEffectMatrix, Qor4x4Matrix> matrices[] = {
-        {QorEffectWorld, view.world},
-        {QorEffectWorldInverse, worldInverse},
-        {QorEffectWorldInverseTranspose, worldInverse.Transposed()},
-        {QorEffectView, view.view},
-        {QorEffectViewInverse, viewInverse},
-        {QorEffectViewInverseTranspose, viewInverse.Transposed()},
-        {QorEffectProjection, view.projection},
-        {QorEffectWorldView, worldView},
-        {QorEffectWorldViewInverse, worldViewInverse},
-        {QorEffectWorldViewInverseTranspose, worldViewInverse.Transposed()},
-        {QorEffectWorldViewProjection, view.projection * worldView},
+    static const std::pair<QorEffectMatrix, QorfxMatrix> kFed[] = {
+        {QorEffectWorld, QorfxWorld},
+        {QorEffectWorldInverse, QorfxWorldInverse},
+        {QorEffectWorldInverseTranspose, QorfxWorldInverseTranspose},
+        {QorEffectView, QorfxViewMatrix},
+        {QorEffectViewInverse, QorfxViewInverse},
+        {QorEffectViewInverseTranspose, QorfxViewInverseTranspose},
+        {QorEffectProjection, QorfxProjection},
+        {QorEffectWorldView, QorfxWorldView},
+        {QorEffectWorldViewInverse, QorfxWorldViewInverse},
+        {QorEffectWorldViewInverseTranspose, QorfxWorldViewInverseTranspose},
+        {QorEffectWorldViewProjection, QorfxWorldViewProjection},
     };
-    for (const auto& [which, matrix] : matrices)
+    const auto matrices = QorfxMatrices(view);
+    for (const auto& [which, matrix] : kFed)
         if (const CGparameter parameter = m_effect.GetMatrixParameter(which))
-            cgSetMatrixParameterfr(parameter, matrix.Data());
+            cgSetMatrixParameterfr(parameter, matrices[matrix].Data());
 }
 
-// Places each light around the object: a point light up right, a spot from above, a
-// directional light from the upper left, rotating further lights around the view axis.
 void QorfxCgFXBackend::SetLights()
 {
     for (int slot = 0; slot < m_effect.GetLightCount(); ++slot) {
         const QorShaderLight& light = m_effect.GetLight(slot);
-        const float angle = slot * 2.4f;
-        const float px = 2.5f * std::cos(angle + 0.6f), py = 2.5f * std::sin(angle + 0.6f) + 1.0f, pz = 3.0f;
-        const float length = std::sqrt(px * px + py * py + pz * pz);
-        Set(light.position, px, py, pz);
-        Set(light.direction, -px / length, -py / length, -pz / length, 0);
-        const float intensity = light.lightType == QorLightDirectional ? 0.6f : 0.9f;
-        Set(light.color, intensity, intensity, intensity);
-        Set(light.specularColor, 0.8f, 0.8f, 0.8f);
+        const QorfxLight placed = QorfxPlaceLight(slot, light.lightType);
+        Set(light.position, placed.position);
+        Set(light.direction, placed.direction, 0);
+        Set(light.color, placed.color);
+        Set(light.specularColor, placed.specularColor);
         Set(light.ambient, 0, 0, 0);
-        Set(light.axialFalloffConstant, 1);
-        Set(light.radialInnerCone, 0.97f);
-        Set(light.radialOuterCone, 0.90f);
-        Set(light.radialFalloffExponent, 1);
+        Set(light.axialFalloffConstant, placed.falloffConstant);
+        Set(light.radialInnerCone, placed.innerCone);
+        Set(light.radialOuterCone, placed.outerCone);
+        Set(light.radialFalloffExponent, placed.coneExponent);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "QorfxMaterial.h"
 
+#include "QorVisShaders/QorIShaderParameters.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdio>
@@ -22,8 +23,11 @@ json ValueOf(QorIShader& shader, int index, int type)
         shader.GetParameterString(index, file);
         return file[0] ? json(file) : json(nullptr);
     }
+    // Read from the set: a GLSL shader object answers a colour not yet pushed to its
+    // effect without writing it.
     float rgba[4] = {};
-    shader.GetParameterColor(index, &rgba[0], &rgba[1], &rgba[2], &rgba[3]);
+    if (QorIShaderParameters* parameters = shader.GetIShaderParameters())
+        parameters->GetColorValue(index, rgba, 0);
     return json(std::vector<float>(rgba, rgba + QorColorComponentCount(type)));
 }
 
@@ -102,6 +106,8 @@ void QorfxPrintDescription(const json& description)
             std::printf("  widget %s", Text(parameter["widget"]).c_str());
         if (!parameter["uiName"].is_null())
             std::printf("  \"%s\"", Text(parameter["uiName"]).c_str());
+        if (parameter.contains("defaultFile"))
+            std::printf("  default file %s", Text(parameter["defaultFile"]).c_str());
         std::printf("\n");
     }
     std::printf("bound semantics:\n");
@@ -112,5 +118,21 @@ void QorfxPrintDescription(const json& description)
     for (const json& entry : description["interfaces"])
         std::printf("  %-16s %s -> %s\n", entry["name"].get<std::string>().c_str(),
                     entry["base"].get<std::string>().c_str(), Text(entry["dynamic"]).c_str());
-    std::printf("light array: %s\n", description["hasLightArray"].get<bool>() ? "yes (\"lights\")" : "no");
+    std::printf("light array: %s\n", description["hasLightArray"].get<bool>() ? "yes" : "no");
+    // What only some implementations report (GLSL effects: named uniforms, the load's words).
+    if (description.contains("namedUniforms")) {
+        std::printf("named uniforms:\n");
+        for (const json& named : description["namedUniforms"])
+            std::printf("  %-48s %s\n", named["name"].get<std::string>().c_str(),
+                        named["used"].get<bool>() ? "used" : "not used");
+    }
+    const std::pair<const char*, const char*> sections[] = {
+        {"loadWarnings", "load warnings"}, {"loadMessages", "load messages"}, {"messages", "messages"}};
+    for (const auto& [key, heading] : sections) {
+        if (!description.contains(key) || description[key].empty())
+            continue;
+        std::printf("%s:\n", heading);
+        for (const json& line : description[key])
+            std::printf("  %s\n", line.get<std::string>().c_str());
+    }
 }

@@ -93,9 +93,15 @@ std::vector<float> ParseFloats(const std::string& text)
     return values;
 }
 
+// A shader of the implementation the file's extension names, so that CgFX and GLSL
+// effects load side by side in one process; a package (or another extension) gets the
+// process's own implementation (ShaderVersion).
 QorIShader* NewShader(const std::string& path, QorfxLoadProblem& problem)
 {
-    QorIShader* shader = QorShaderManager::CreateShader();
+    const fs::path extension = fs::path(path).extension();
+    QorIShader* shader = extension == ".glslfx" ? QorShaderManager::CreateShader(QorFxQRFX)
+                         : extension == ".cgfx" ? QorShaderManager::CreateShader(QorFxCgFX)
+                                                : QorShaderManager::CreateShader();
     if (!shader)
         problem = {"version", path + ": this process's effect implementation (ShaderVersion) makes no shader objects",
                    ""};
@@ -110,13 +116,12 @@ bool QorfxMaterial::Compile(const std::string& path, QorfxLoadProblem& problem, 
     bool generated = false;
     {
         QorfxStdoutSilencer silence;
-        generated = attach();
+        m_backend = QorfxMakeBackend(*m_shader, attach, generated);
     }
     if (!m_shader->HasEffect()) {
         problem = {"missing", path + ": cannot read the file", ""};
         return false;
     }
-    m_backend = QorfxMakeBackend(*m_shader);
     if (!m_backend) {
         problem = {"backend", path + ": this tool has no back end for the effect's implementation", ""};
         return false;

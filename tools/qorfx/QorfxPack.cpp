@@ -58,6 +58,9 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
     QorStreamer stream;
     stream.SetResourceZPKContainer(&container);
     material->Shader().Stream(stream);
+    // GLSL shader objects write nothing to streams: such a package would hold no material.
+    if (stream.GetBytes().empty())
+        return Fail(effect + ": materials of this effect's implementation are not written to streams");
     std::string reason;
     if (container.SaveToFile(output.c_str(), stream, &reason) != 0)
         return Fail(output + ": " + reason);

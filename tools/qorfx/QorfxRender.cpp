@@ -60,8 +60,10 @@ DrawFailure DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& opti
 class Sheet
 {
 public:
-    Sheet(size_t tiles, int width, int height, bool labelled)
-        : m_columns(static_cast<int>(std::ceil(std::sqrt(static_cast<double>(tiles))))),
+    // `columns` 0: as many columns as rows, or one more; never more columns than tiles.
+    Sheet(size_t tiles, int columns, int width, int height, bool labelled)
+        : m_columns(columns > 0 ? std::min(columns, static_cast<int>(tiles))
+                                : static_cast<int>(std::ceil(std::sqrt(static_cast<double>(tiles))))),
           m_tileWidth(width), m_tileHeight(height), m_cellHeight(height + (labelled ? kLabelHeight : 0)),
           m_width(m_columns * width), m_height(static_cast<int>((tiles + m_columns - 1) / m_columns) * m_cellHeight),
           m_labelled(labelled), m_pixels(static_cast<size_t>(m_width) * m_height * 4, 0)
@@ -154,7 +156,7 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
     }
 
     const bool several = inputs.size() > 1;
-    Sheet sheet(inputs.size(), options.width, options.height, several);
+    Sheet sheet(inputs.size(), options.columns, options.width, options.height, several);
     unsigned int skyTexture = 0;
     int failures = 0;
     for (size_t i = 0; i < inputs.size(); ++i) {
@@ -164,7 +166,8 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], loading);
         const DrawFailure failure =
             material ? DrawMaterial(*material, options, view, mesh, skyTexture) : DrawFailure{loading.word, loading.message};
-        const std::string label = std::filesystem::path(inputs[i]).stem().string();
+        // The extension stays: a sheet may show a CgFX material beside its GLSL twin.
+        const std::string label = std::filesystem::path(inputs[i]).filename().string();
         if (failure.word.empty()) {
             sheet.Place(i, context.ReadPixels(), label);
         } else {

@@ -14,6 +14,7 @@ struct QorfxRenderOptions
 {
     int width = 256;
     int height = 256;
+    int columns = 0;                   ///< tiles a row of a contact sheet; 0 for a square-ish sheet
     std::string mesh = "sphere";
     std::vector<std::string> sets;     ///< NAME=VALUE
     std::string technique;             ///< a number or a name; empty keeps the first that validates

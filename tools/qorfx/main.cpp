@@ -94,6 +94,8 @@ int Run(int argc, char** argv)
     render->add_option("files", renderInputs, "Effect files")->required();
     render->add_option("-o,--output", renderOutput, "Image to write (its extension names the format)")->required();
     render->add_option("--size", size, "Tile size WxH (1 to 4096 each)");
+    render->add_option("--columns", options.columns, "Tiles a row of the contact sheet (default: a square-ish sheet)")
+        ->check(CLI::Range(1, 4096));
     render->add_option("--mesh", options.mesh, "quad, cube or sphere");
     render->add_option("--set", options.sets, "NAME=VALUE: a float, a colour r,g,b[,a] or a texture file");
     render->add_option("--technique", options.technique, "Technique number or name");

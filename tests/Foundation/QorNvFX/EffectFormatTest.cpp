@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -38,6 +39,12 @@ std::vector<std::string> DocumentedEffects()
     return blocks;
 }
 
+// The samples' includes, read from their shaders folder.
+void AnswerSampleInclude(const char* name, FILE*& file, const char*&)
+{
+    file = std::fopen((std::string(QOR_SAMPLES_DIR) + "/shaders/" + name).c_str(), "r");
+}
+
 const char* g_documentedInclude = nullptr;
 
 void AnswerDocumentedInclude(const char* name, FILE*&, const char*& text)
@@ -58,7 +65,9 @@ std::string EffectReading(const std::string& declarations, const std::string& su
 
 TEST(EffectFormatTest, SampleLoadsWithItsTechniquePassAndUniformsInOrder)
 {
+    nvFX::setIncludeCallback(AnswerSampleInclude);
     const NvFXTest::Loaded loaded = Load(SampleText("materials/plastic.glslfx"), "plastic");
+    nvFX::setIncludeCallback(nullptr);
     ASSERT_TRUE(loaded.ok) << loaded.messages;
     EXPECT_EQ(loaded.messages, "");
     nvFX::IContainer& effect = *loaded.container;
@@ -75,14 +84,18 @@ TEST(EffectFormatTest, SampleLoadsWithItsTechniquePassAndUniformsInOrder)
     EXPECT_EQ(technique->getExInterface()->findPass("p0"), technique->getPass(0));
     EXPECT_EQ(technique->getPass(1), nullptr);
 
-    const std::vector<std::string> order = {"WorldViewProj", "World", "WorldIT", "ViewI", "lightData_LightPos",
-                                            "lightData_LightColor", "lightData_LightColorSpec", "numLights",
-                                            "EnvAmbient", "Diffuse", "Specular", "Glossiness"};
+    // The lighting include's uniforms come where it stands; its lights are a constant
+    // buffer's members, reached by name only.
+    const std::vector<std::string> order = {"EnvAmbient", "EnvironmentMap", "AutomaticEnvironmentMapTracking",
+                                            "WorldViewProj", "World", "WorldIT", "ViewI", "Diffuse", "Specular",
+                                            "Glossiness"};
     ASSERT_EQ(effect.getExInterface()->getNumUniforms(), static_cast<int>(order.size()));
     for (std::size_t i = 0; i < order.size(); ++i)
         EXPECT_EQ(effect.findUniform(static_cast<int>(i))->getName(), order[i]);
     EXPECT_EQ(effect.findUniform(static_cast<int>(order.size())), nullptr);
-    EXPECT_EQ(effect.findUniform("Glossiness"), effect.findUniform(11));
+    EXPECT_EQ(effect.findUniform("Glossiness"), effect.findUniform(9));
+    EXPECT_EQ(effect.findUniform("numLights"), nullptr);
+    EXPECT_NE(effect.findBufferUniform("QorLights.numLights"), nullptr);
     EXPECT_EQ(effect.findUniform("glossiness"), nullptr);
     EXPECT_EQ(effect.findUniform(static_cast<const char*>(nullptr)), nullptr);
 }

@@ -66,6 +66,19 @@ TEST(QorShaderVersionTest, ChoiceIsFixedAtFirstRequest)
         FAIL() << "unexpected implementation " << chosen;
     }
 
+    // A named implementation is made whatever the process chose, and the choice stays.
+    for (const QorFxImplementation named : {QorFxCgFX, QorFxQRFX}) {
+        QorIShader* made = QorShaderManager::CreateShader(named);
+        ASSERT_NE(made, nullptr) << named;
+        EXPECT_EQ(made->GetImplementation(), named);
+        made->Destroy();
+    }
+    EXPECT_EQ(QorShaderManager::CreateShader(QorFxUndecided), nullptr);
+    EXPECT_EQ(QorShaderManager::CreateShader(static_cast<QorFxImplementation>(9)), nullptr);
+    EXPECT_EQ(QorShaderManager::CreateShader(QorFxQRFX0), chosen == QorFxQRFX0 ? HostShader() : nullptr)
+        << "the host's factory, when it registered one";
+    EXPECT_EQ(QorShaderManager::GetShaderVersion(), chosen);
+
     // Only the private setter changes the choice, without any check.
     QorShaderManagerTestAccess::Force(QorFxQRFX);
     EXPECT_EQ(QorShaderManager::GetShaderVersion(), QorFxQRFX);
