@@ -57,6 +57,8 @@ int QorShaderEffect::ConnectTypeToInterface(const char* name, const char* type, 
         return 0;
     }
     const int result = connected->ConnectTypeByName(type);
+    if (result && connected == m_environmentInterface)
+        refreshEnvironmentMembers();
     if (!result || !parameters)
         return result;
     return parameters->SetInterface(name, QorShaderParameters::BuildInterfaceRecord(connected->GetInstance()));

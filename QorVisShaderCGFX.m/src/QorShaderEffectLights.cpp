@@ -125,15 +125,19 @@ int QorShaderEffect::updateEnvModel(EnvironmentState state)
         return 1;
     m_environmentState = state;
     const bool color = state == QorEnvironmentColor;
-    const int connected =
-        ConnectTypeToInterface("environment", color ? "SEnvColor" : "SEnvCUBE", m_interfaceParameters);
-    if (connected && m_environmentInterface) {
-        const CGparameter instance = m_environmentInterface->GetInstance();
-        m_environmentMembers[0] = cgGetNamedStructParameter(instance, "EnvAmbient");
-        if (!color) {
-            m_environmentMembers[1] = cgGetNamedStructParameter(instance, "EnvDiffuse");
-            m_environmentMembers[2] = cgGetNamedStructParameter(instance, "EnvSpecular");
-        }
-    }
-    return connected;
+    return ConnectTypeToInterface("environment", color ? "SEnvColor" : "SEnvCUBE", m_interfaceParameters);
+}
+
+void QorShaderEffect::refreshEnvironmentMembers()
+{
+    // The members of the instance connected now: a new connection (a shader object's
+    // GenerateParameters makes one) leaves the former instance's members drawing nothing.
+    const CGparameter instance = m_environmentInterface ? m_environmentInterface->GetInstance() : nullptr;
+    if (!instance)
+        return;
+    m_environmentMembers[0] = cgGetNamedStructParameter(instance, "EnvAmbient");
+    if (const CGparameter diffuse = cgGetNamedStructParameter(instance, "EnvDiffuse"))
+        m_environmentMembers[1] = diffuse;
+    if (const CGparameter specular = cgGetNamedStructParameter(instance, "EnvSpecular"))
+        m_environmentMembers[2] = specular;
 }

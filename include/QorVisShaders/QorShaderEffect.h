@@ -184,6 +184,7 @@ private:
     /// Stores a light parameter in its slot; true when its type annotation ends the walk.
     bool bindLightParameter(CGparameter parameter, CGparameter QorShaderLight::*member);
     void bindEnvironment(CGparameter parameter);
+    void refreshEnvironmentMembers();
     void destroyLightInstances();
     void buildLightSlot(int slot, unsigned int kind);
     void writeErrorFile(const char* message, const char* listing);

@@ -51,16 +51,6 @@ void Set(CGparameter parameter, float value)
         cgSetParameter1f(parameter, value);
 }
 
-// A member of the environment instance connected now. Shader objects connect instances
-// of their own when they generate their parameters, so the member handles the effect
-// kept from its own connection may name an instance nothing draws with.
-CGparameter EnvironmentMember(CGeffect effect, const char* member)
-{
-    const CGparameter environment = cgGetNamedEffectParameter(effect, "environment");
-    const CGparameter instance = environment ? cgGetConnectedParameter(environment) : nullptr;
-    return instance ? cgGetNamedStructParameter(instance, member) : nullptr;
-}
-
 } // namespace
 
 std::unique_ptr<QorfxBackend> QorfxCgFXBackend::For(QorIShader& shader)
@@ -143,10 +133,10 @@ std::string QorfxCgFXBackend::SetEnvironment(const QorfxView& view, unsigned int
     if (!m_effect.updateEnvModel(cube ? QorEnvironmentCube : QorEnvironmentColor) && cube)
         return "the effect has no cube environment (\"SEnvCUBE\")";
     const auto ambient = QorfxEnvironmentAmbient(view);
-    Set(EnvironmentMember(m_effect.GetCgEffect(), "EnvAmbient"), ambient[0], ambient[1], ambient[2]);
+    Set(m_effect.GetEnvironmentMember(0), ambient[0], ambient[1], ambient[2]);
     if (cube)
-        for (const char* member : {"EnvDiffuse", "EnvSpecular"})
-            if (const CGparameter sampler = EnvironmentMember(m_effect.GetCgEffect(), member))
+        for (int member : {1, 2})
+            if (const CGparameter sampler = m_effect.GetEnvironmentMember(member))
                 cgGLSetTextureParameter(sampler, skyTexture);
     return "";
 }
