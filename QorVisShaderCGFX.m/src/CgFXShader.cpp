@@ -7,6 +7,7 @@
 
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
+#include "QorMath/QorSaturatingInt.h"
 #include "QorVisShaders/QorShaderEffect.h"
 
 #include <cstring>
@@ -96,7 +97,7 @@ int CgFXShader::SetParameterFloat(int index, float value)
     if (!m_parameters || index < 0)
         return -1;
     if (index == 0 && m_effect) {
-        m_effect->setTechnique(static_cast<int>(value));
+        m_effect->setTechnique(QorSaturatingInt(value));
         return 0;
     }
     return m_parameters->SetFloatValue(index, value);
