@@ -255,6 +255,7 @@ void CgFXShader::UnStream(QorStreamer& streamer)
         m_effect = QorShaderEffect::AddShaderEffect(resource->GetName());
         if (m_effect && !m_effect->Generated()) {
             m_effect->setBuffer(resource->getBuffer());
+            m_effect->ConfineIncludesToSearchPaths();
             m_effect->Generate();
         }
     }

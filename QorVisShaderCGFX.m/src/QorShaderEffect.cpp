@@ -174,6 +174,7 @@ void QorShaderEffect::setBuffer(const char* text)
 {
     std::free(m_buffer);
     m_buffer = nullptr;
+    m_includesConfined = false;
     if (text) {
         m_buffer = _strdup(text);
         // The next compilation takes the buffer, not a file.
