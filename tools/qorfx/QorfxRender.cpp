@@ -15,6 +15,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -23,6 +24,43 @@ namespace {
 
 constexpr int kLabelScale = 2;
 constexpr int kLabelHeight = 7 * kLabelScale + 8;
+// The largest contact sheet: 1 GiB of RGBA pixels, held twice while it is written.
+constexpr std::uint64_t kMaxSheetPixels = std::uint64_t{1} << 28;
+
+// Tiles in rows of `columns`, each tile with a label strip under it on a sheet.
+struct SheetLayout
+{
+    bool sheet;
+    int columns;
+    int cellHeight;
+    std::uint64_t width;
+    std::uint64_t height;
+};
+
+SheetLayout Layout(std::size_t inputs, const QorfxRenderOptions& options)
+{
+    SheetLayout layout;
+    layout.sheet = inputs > 1;
+    layout.columns = layout.sheet ? static_cast<int>(std::ceil(std::sqrt(static_cast<double>(inputs)))) : 1;
+    const std::uint64_t rows = (inputs + layout.columns - 1) / layout.columns;
+    layout.cellHeight = options.height + (layout.sheet ? kLabelHeight : 0);
+    layout.width = std::uint64_t(layout.columns) * options.width;
+    layout.height = rows * layout.cellHeight;
+    return layout;
+}
+
+// --technique names a technique of the material: its number or its name.
+std::string TechniqueProblem(QorfxMaterial& material, const std::string& technique)
+{
+    if (technique.empty())
+        return "";
+    const nlohmann::json techniques = material.Backend().Techniques(false);
+    for (const nlohmann::json& entry : techniques)
+        if (entry["name"] == technique || std::to_string(entry["index"].get<int>()) == technique)
+            return "";
+    return "--technique takes a technique number from 0 to " + std::to_string(int(techniques.size()) - 1) +
+           " or a technique name of " + material.Name() + ", not \"" + technique + "\"";
+}
 
 void Report(const std::string& message)
 {
@@ -158,17 +196,22 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
             return 2;
         }
     }
+    const SheetLayout layout = Layout(inputs.size(), options);
+    if (layout.width * layout.height > kMaxSheetPixels) {
+        Report("a sheet of " + std::to_string(inputs.size()) + " tiles of " + std::to_string(options.width) + "x" +
+               std::to_string(options.height) + " would have " + std::to_string(layout.width * layout.height) +
+               " pixels; at most " + std::to_string(kMaxSheetPixels) + ": use fewer inputs or a smaller --size");
+        return 2;
+    }
     QorGLContext context;
     if (!context.Open(options.width, options.height)) {
         Report(context.GetError());
         return 1;
     }
 
-    const bool sheet = inputs.size() > 1;
-    const int columns = sheet ? static_cast<int>(std::ceil(std::sqrt(static_cast<double>(inputs.size())))) : 1;
-    const int rows = static_cast<int>((inputs.size() + columns - 1) / columns);
-    const int cellHeight = options.height + (sheet ? kLabelHeight : 0);
-    const int sheetWidth = columns * options.width, sheetHeight = rows * cellHeight;
+    const bool sheet = layout.sheet;
+    const int columns = layout.columns, cellHeight = layout.cellHeight;
+    const int sheetWidth = static_cast<int>(layout.width), sheetHeight = static_cast<int>(layout.height);
     std::vector<unsigned char> pixels(static_cast<size_t>(sheetWidth) * sheetHeight * 4, 0);
     for (size_t i = 3; i < pixels.size(); i += 4)
         pixels[i] = 255;
@@ -186,6 +229,11 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
             std::fprintf(stderr, "qorfx: rendering %zu/%zu %s\n", i + 1, inputs.size(), inputs[i].c_str());
         std::string error, compileErrors;
         std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], error, compileErrors);
+        if (material && !(error = TechniqueProblem(*material, options.technique)).empty()) {
+            Report(error);
+            status = 2;
+            break;
+        }
         if (material)
             error = DrawMaterial(*material, options, view, mesh, skyTexture);
         if (!error.empty()) {

@@ -6,13 +6,15 @@
 #include "QorfxRender.h"
 #include "QorfxSgi.h"
 #include "QorGL/QorGLContext.h"
+#include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
 #include "QorVisShaders/QorShaderManager.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
-#include <fstream>
+#include <exception>
+#include <new>
 #include <sstream>
 
 namespace {
@@ -26,15 +28,13 @@ int RegisterIncludes(const std::vector<std::string>& includes)
             std::fprintf(stderr, "qorfx: --include takes NAME=FILE, not \"%s\"\n", include.c_str());
             return 2;
         }
-        std::ifstream in(include.substr(equals + 1), std::ios::binary);
-        if (!in) {
-            std::fprintf(stderr, "qorfx: %s: cannot read the include file\n", include.substr(equals + 1).c_str());
+        const std::string file = include.substr(equals + 1);
+        std::string text, why;
+        if (!QorReadRegularFile(file.c_str(), text, kQorfxMaxSourceBytes, &why)) {
+            std::fprintf(stderr, "qorfx: %s: cannot read the include file (%s)\n", file.c_str(), why.c_str());
             return 1;
         }
-        std::ostringstream text;
-        text << in.rdbuf();
-        QorShaderIncludeManager::Instance().AddInclude(QorString(include.substr(0, equals).c_str()),
-                                                       text.str().c_str());
+        QorShaderIncludeManager::Instance().AddInclude(QorString(include.substr(0, equals).c_str()), text.c_str());
     }
     return 0;
 }
@@ -47,7 +47,7 @@ int Inspect(const std::string& file, bool json)
         std::fprintf(stderr, "qorfx: %s\n", error.c_str());
         if (!compileErrors.empty()) {
             if (json)
-                std::printf("%s\n", nlohmann::json{{"file", file}, {"errors", compileErrors}}.dump(2).c_str());
+                std::printf("%s\n", QorfxJsonText(nlohmann::json{{"file", file}, {"errors", compileErrors}}).c_str());
             else
                 std::fputs(compileErrors.c_str(), stderr);
         }
@@ -58,7 +58,7 @@ int Inspect(const std::string& file, bool json)
     const bool validate = context.Open(1, 1);
     const nlohmann::json description = QorfxDescribe(*material, validate);
     if (json)
-        std::printf("%s\n", description.dump(2).c_str());
+        std::printf("%s\n", QorfxJsonText(description).c_str());
     else
         QorfxPrintDescription(description);
     return 0;
@@ -142,11 +142,27 @@ int Run(int argc, char** argv)
     return QorfxRender(renderInputs, renderOutput, options);
 }
 
+// Whatever a library or the tool throws ends the run with a message, never with a signal.
+int RunGuarded(int argc, char** argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "qorfx: out of memory\n");
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "qorfx: %s\n", error.what());
+    } catch (...) {
+        std::fprintf(stderr, "qorfx: unexpected failure\n");
+    }
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const int status = Run(argc, argv);
+    QorfxRemoveStaleTempFolders();
+    const int status = RunGuarded(argc, argv);
     // Materials handed their textures back to the registry; retire them before exit.
     QorShaderManager::CleanShaderTextureToDestroyList();
     return status;
