@@ -130,12 +130,21 @@ void QorShaderIncludeSession::Resolve(const std::string& requested, int parent)
         return Stop(requested, line, "a token of " + std::to_string(length) + " characters on line " +
                                          std::to_string(tokenLine - 1) + " is longer than the Cg runtime takes (" +
                                          std::to_string(kQorCgMaxTokenLength) + ")");
-    cgSetCompilerIncludeString(m_context, requested.c_str(), handed.c_str());
+    Hand(requested, handed);
 }
 
 void QorShaderIncludeSession::Stop(const std::string& requested, const std::string& line, const std::string& why)
 {
-    cgSetCompilerIncludeString(m_context, requested.c_str(), (line + "#error " + why + "\n").c_str());
+    Hand(requested, line + "#error " + why + "\n");
+}
+
+void QorShaderIncludeSession::Hand(const std::string& requested, const std::string& text)
+{
+    cgSetCompilerIncludeString(m_context, requested.c_str(), text.c_str());
+    // The compiler asks for "/../x.cgh" but looks the text up as "../x.cgh"; without it,
+    // it would read "../x.cgh" from the working folder itself.
+    if (requested.compare(0, 3, "/..") == 0)
+        cgSetCompilerIncludeString(m_context, requested.c_str() + 1, text.c_str());
 }
 
 const std::optional<std::string>& QorShaderIncludeSession::Text(const std::string& name)

@@ -52,6 +52,8 @@ private:
     void Resolve(const std::string& requested, int parent);
     /// Hands the compiler, for `requested`, a text that only stops the compilation.
     void Stop(const std::string& requested, const std::string& line, const std::string& why);
+    /// Hands the compiler `text` for `requested`.
+    void Hand(const std::string& requested, const std::string& text);
     /// The include's text, looked up once per compilation; nothing when it cannot be had
     /// (reported once).
     const std::optional<std::string>& Text(const std::string& name);
