@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -57,11 +58,13 @@ constexpr std::uint64_t kMaxImageFileBytes = std::uint64_t{4} << 30;
 class ScratchFile
 {
 public:
-    ScratchFile()
+    /// Named with the plugin's name as extension, by which reading it back finds the format.
+    explicit ScratchFile(const std::string& plugin)
     {
         std::error_code failed;
-        std::string pattern = (std::filesystem::temp_directory_path(failed) / "QorImage-XXXXXX").string();
-        const int fd = failed ? -1 : mkstemp(pattern.data());
+        const std::string suffix = "." + plugin;
+        std::string pattern = (std::filesystem::temp_directory_path(failed) / ("QorImage-XXXXXX" + suffix)).string();
+        const int fd = failed ? -1 : mkstemps(pattern.data(), static_cast<int>(suffix.size()));
         if (fd >= 0) {
             close(fd);
             m_path = pattern;
@@ -277,10 +280,10 @@ bool QorTexturePixelImage::Encode(const char* formatName, std::string& bytes) co
             std::vector<unsigned char> memory;
             OIIO::Filesystem::IOVecOutput proxy(memory);
             const bool inMemory = output->supports("ioproxy") && output->set_ioproxy(&proxy);
-            ScratchFile scratch;
-            if (!inMemory && scratch.Path().empty())
+            std::optional<ScratchFile> scratch;
+            if (!inMemory && scratch.emplace(plugin).Path().empty())
                 return false;
-            if (!output->open(inMemory ? std::string("memory.") + plugin : scratch.Path(), layout)) {
+            if (!output->open(inMemory ? std::string("memory.") + plugin : scratch->Path(), layout)) {
                 output->geterror();
                 continue;
             }
@@ -300,7 +303,7 @@ bool QorTexturePixelImage::Encode(const char* formatName, std::string& bytes) co
                 bytes.assign(memory.begin(), memory.end());
                 return true;
             }
-            return ReadBackScratch(scratch.Path(), data, outChannels, bytes);
+            return ReadBackScratch(scratch->Path(), data, outChannels, bytes);
         }
         return false;
     } catch (...) {
