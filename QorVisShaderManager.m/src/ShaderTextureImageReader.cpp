@@ -104,8 +104,10 @@ bool ShaderTextureImageReader::RunTablesCanFill(std::size_t planes) const
             ReadBigEndian32(kHeaderSize + (tableEntries + plane * m_height + row) * 4, size);
             encoded += size;
         }
+    // Rows may also share their bytes; the file itself must still be able to hold the
+    // picture, so that a few kilobytes never decode to gigabytes.
     const std::uint64_t needed = std::uint64_t{static_cast<unsigned>(m_width)} * m_height * planes;
-    return encoded / 2 * kMostPixelsPerPacket >= needed;
+    return encoded / 2 * kMostPixelsPerPacket >= needed && m_file.size() / 2 * kMostPixelsPerPacket >= needed;
 }
 
 const unsigned char* ShaderTextureImageReader::Row(int row, int channel)

@@ -39,7 +39,7 @@ private:
     bool ReadFile(const char* fileName);
     bool ReadHeader();
     /// Whether the run-length rows of the first `planes` planes hold enough encoded bytes
-    /// to fill them, as the tables say.
+    /// to fill them, as the tables say, and the file has that many bytes at all.
     bool RunTablesCanFill(std::size_t planes) const;
     /// Bytes [offset, offset + count) of the file, or null when they are not all there.
     const unsigned char* Bytes(std::size_t offset, std::size_t count) const;
