@@ -66,6 +66,7 @@ int Inspect(const std::string& file, bool json)
 
 int Run(int argc, char** argv)
 {
+    QorfxRemoveStaleTempFolders();
     CLI::App app{"qorfx: inspect, render, pack and convert QorVisShaders materials"};
     app.require_subcommand(1);
     std::vector<std::string> includes;
@@ -161,7 +162,6 @@ int RunGuarded(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    QorfxRemoveStaleTempFolders();
     const int status = RunGuarded(argc, argv);
     // Materials handed their textures back to the registry; retire them before exit.
     QorShaderManager::CleanShaderTextureToDestroyList();
