@@ -285,6 +285,10 @@ bool QorTexturePixelImage::Encode(const char* formatName, std::string& bytes) co
                 return false;
             if (!output->open(inMemory ? std::string("memory.") + plugin : scratch->Path(), layout)) {
                 output->geterror();
+                // A writer that failed to open still closes its proxy when destroyed, and
+                // the WebP writer then frees what it never made.
+                if (inMemory)
+                    output->set_ioproxy(nullptr);
                 continue;
             }
             std::vector<unsigned char> rearranged;
