@@ -155,6 +155,7 @@ void CgFXShader::UnStream(QorStreamer& streamer)
         m_effect = QorShaderEffect::AddShaderEffect(resource->GetName());
         if (m_effect && !m_effect->Generated()) {
             m_effect->setBuffer(resource->getBuffer());
+            Effect()->ConfineIncludesToSearchPaths();
             m_effect->Generate();
         }
     }

@@ -127,6 +127,7 @@ void QorShaderEffect::setFileName(const QorString& name)
 
 void QorShaderEffect::setBuffer(const char* text)
 {
+    m_includesConfined = false;
     QorShaderEffectText::SetBuffer(m_buffer, m_fileName, text);
 }
 

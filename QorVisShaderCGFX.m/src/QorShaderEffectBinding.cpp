@@ -3,6 +3,7 @@
 #include "QorVisShaders/QorShaderEffect.h"
 
 #include "QorDiagnostics/CheckFailure.h"
+#include "QorMath/QorSaturatingInt.h"
 #include "QorCgTypes.h"
 #include "QorShaderInterface.h"
 #include "QorShaderParameters.h"
@@ -134,7 +135,7 @@ void QorShaderEffect::bindSemantics()
     float value = 0;
     if (needTangents)
         cgGLGetParameter1f(needTangents, &value);
-    m_needTanBin = static_cast<int>(value);
+    m_needTanBin = QorSaturatingInt(value);
 }
 
 bool QorShaderEffect::bindLightParameter(CGparameter parameter, CGparameter QorShaderLight::*member)

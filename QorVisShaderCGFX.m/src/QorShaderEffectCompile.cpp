@@ -2,6 +2,7 @@
 // reporting compile errors to the error file, and choosing and validating techniques.
 #include "QorVisShaders/QorShaderEffect.h"
 
+#include "QorCgTokenLimit.h"
 #include "QorGLSLSamplerUnits.h"
 #include "QorShaderIncludeSession.h"
 #include "QorShaderParameters.h"
@@ -18,6 +19,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -53,6 +55,15 @@ QorShaderParameters* QorShaderEffect::GenerateShader()
 QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
 {
     m_effect = nullptr;
+    std::size_t line = 0, length = 0;
+    if (QorFindOverlongCgToken(m_source.c_str(), line, length)) {
+        // Refused before the runtime sees it: it would write past its own buffer.
+        const std::string error = "(" + std::to_string(line) + ") : error: a token or literal of " +
+                                  std::to_string(length) + " characters is longer than the Cg runtime takes (" +
+                                  std::to_string(kQorCgMaxTokenLength) + ")";
+        writeErrorFile(error.c_str(), nullptr);
+        return nullptr;
+    }
     if (!m_context) {
         // cgGLRegisterStates loads libGL.so.1 and unloads it again when nothing else holds
         // it, about 10 ms per context; holding it for the process makes that free.
@@ -66,7 +77,7 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
     }
     m_compileErrors = QorString("");
     {
-        QorShaderIncludeSession includes(m_context.Get());
+        QorShaderIncludeSession includes(m_context.Get(), m_includesConfined);
         m_effect = cgCreateEffect(m_context.Get(), m_source.c_str(), nullptr);
         m_missingIncludes.clear();
         for (const std::string& name : includes.GetMissing())

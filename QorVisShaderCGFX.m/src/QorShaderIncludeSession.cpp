@@ -1,5 +1,7 @@
 #include "QorShaderIncludeSession.h"
 
+#include "QorCgTokenLimit.h"
+
 #include "QorVisShaderShared/QorShaderSearch.h"
 
 #include "QorDiagnostics/CheckFailure.h"
@@ -19,8 +21,6 @@ constexpr int kMaxDepth = 512;
 // Unguarded headers that include each other in a lattice multiply their inclusions; past
 // this many in one compilation the effect is refused instead of growing without bound.
 constexpr std::size_t kMaxInclusions = 100000;
-// Include files are effect sources too, and no real one comes near this size.
-constexpr std::size_t kMaxIncludeBytes = 16u << 20;
 
 std::map<CGcontext, QorShaderIncludeSession*>& Sessions()
 {
@@ -46,9 +46,32 @@ bool IncludedName(const std::string& text, std::size_t hash, std::size_t& start,
     return end != std::string::npos && text[end] != '\n' && end > start;
 }
 
+// Whether the "/"-separated `name` stays inside the folder it is taken relative to: no
+// ".." climbs above where it started.
+bool StaysInside(const std::string& name)
+{
+    int depth = 0;
+    std::size_t start = 0;
+    while (start <= name.size()) {
+        std::size_t end = name.find_first_of("/\\", start);
+        if (end == std::string::npos)
+            end = name.size();
+        const std::string part = name.substr(start, end - start);
+        if (part == "..")
+            --depth;
+        else if (!part.empty() && part != ".")
+            ++depth;
+        if (depth < 0)
+            return false;
+        start = end + 1;
+    }
+    return true;
+}
+
 } // namespace
 
-QorShaderIncludeSession::QorShaderIncludeSession(CGcontext context) : m_context(context)
+QorShaderIncludeSession::QorShaderIncludeSession(CGcontext context, bool confined)
+    : m_context(context), m_confined(confined)
 {
     Sessions()[context] = this;
 }
@@ -67,7 +90,7 @@ void QorShaderIncludeSession::ResolveInclude(CGcontext context, const char* name
     const auto found = Sessions().find(context);
     if (found == Sessions().end()) {
         // Outside a compilation nothing tracks chains: the name is resolved as it stands.
-        QorShaderIncludeSession once(context);
+        QorShaderIncludeSession once(context, false);
         once.Resolve(requested, -1);
         return;
     }
@@ -89,19 +112,39 @@ void QorShaderIncludeSession::Resolve(const std::string& requested, int parent)
     const int node = static_cast<int>(m_inclusions.size()) - 1;
     const std::string line = "#line 1 \"" + name + "\"\n";
 
-    if (depth > kMaxDepth) {
-        const std::string stop = line + "#error include cycle: " + Cycle(node) + "\n";
-        cgSetCompilerIncludeString(m_context, requested.c_str(), stop.c_str());
-        return;
-    }
-    if (m_inclusions.size() > kMaxInclusions) {
-        const std::string stop = line + "#error more than 100000 inclusions in one effect\n";
-        cgSetCompilerIncludeString(m_context, requested.c_str(), stop.c_str());
-        return;
-    }
+    if (depth > kMaxDepth)
+        return Stop(requested, line, "include cycle: " + Cycle(node));
+    if (m_inclusions.size() > kMaxInclusions)
+        return Stop(requested, line, "more than 100000 inclusions in one effect");
+    if (m_confined && !StaysInside(name))
+        return Stop(requested, line, "include \"" + name.substr(1) + "\" leaves the search paths");
     const std::optional<std::string>& text = Text(name);
-    if (text)
-        cgSetCompilerIncludeString(m_context, requested.c_str(), (line + MarkIncludes(*text, node)).c_str());
+    if (!text) {
+        if (m_confined)
+            Stop(requested, line, "include \"" + name.substr(1) + "\" is not on the search paths");
+        return;
+    }
+    const std::string handed = line + MarkIncludes(*text, node);
+    std::size_t tokenLine = 0, length = 0;
+    if (QorFindOverlongCgToken(handed.c_str(), tokenLine, length))
+        return Stop(requested, line, "a token of " + std::to_string(length) + " characters on line " +
+                                         std::to_string(tokenLine - 1) + " is longer than the Cg runtime takes (" +
+                                         std::to_string(kQorCgMaxTokenLength) + ")");
+    Hand(requested, handed);
+}
+
+void QorShaderIncludeSession::Stop(const std::string& requested, const std::string& line, const std::string& why)
+{
+    Hand(requested, line + "#error " + why + "\n");
+}
+
+void QorShaderIncludeSession::Hand(const std::string& requested, const std::string& text)
+{
+    cgSetCompilerIncludeString(m_context, requested.c_str(), text.c_str());
+    // The compiler asks for "/../x.cgh" but looks the text up as "../x.cgh"; without it,
+    // it would read "../x.cgh" from the working folder itself.
+    if (requested.compare(0, 3, "/..") == 0)
+        cgSetCompilerIncludeString(m_context, requested.c_str() + 1, text.c_str());
 }
 
 const std::optional<std::string>& QorShaderIncludeSession::Text(const std::string& name)
@@ -113,8 +156,10 @@ const std::optional<std::string>& QorShaderIncludeSession::Text(const std::strin
     if (QorShaderSearch::IsFileInclude(name.c_str(), {".hfx", ".cgh"})) {
         QorString path;
         std::string content;
-        if (QorShaderSearch::FindIncludeFile(name.c_str(), name.c_str() + 1, path) &&
-            QorReadRegularFile(path.c_str(), content, kMaxIncludeBytes))
+        const bool found = m_confined ? QorShaderSearch::FindIncludeOnSearchPaths(name.c_str() + 1, path)
+                                      : QorShaderSearch::FindIncludeFile(name.c_str(), name.c_str() + 1, path);
+        if (found &&
+            QorReadRegularFile(path.c_str(), content, QorShaderSearch::kMaxSourceBytes))
             text = std::move(content);
         else
             CheckFailure__("Impossible to read shader file", kSource, 162);

@@ -10,6 +10,12 @@
 /// in skipped code are never reached and never refused; a chain that keeps growing is a
 /// real cycle and gets an #error naming it. A #line in front of each text keeps the
 /// compiler's messages on the include's own name.
+///
+/// The compiler reads an include file by itself when the callback hands it nothing, and
+/// it gives every name with a leading "/", so "/etc/x.cgh" and "etc/x.cgh" arrive alike.
+/// An effect from a package is confined: its include names are taken relative to the
+/// search paths only, a ".." that would leave them is refused, and every refusal hands
+/// the compiler an #error so that it never falls back to reading the file itself.
 #pragma once
 
 #include <Cg/cg.h>
@@ -23,8 +29,9 @@ class QorShaderIncludeSession
 {
 public:
     /// Resolves the includes `context` asks for while this object lives (around one
-    /// cgCreateEffect); each include file is read once.
-    explicit QorShaderIncludeSession(CGcontext context);
+    /// cgCreateEffect); each include file is read once. `confined`: the effect came from
+    /// a package (see above).
+    QorShaderIncludeSession(CGcontext context, bool confined);
     ~QorShaderIncludeSession();
     QorShaderIncludeSession(const QorShaderIncludeSession&) = delete;
     QorShaderIncludeSession& operator=(const QorShaderIncludeSession&) = delete;
@@ -46,6 +53,10 @@ private:
     };
 
     void Resolve(const std::string& requested, int parent);
+    /// Hands the compiler, for `requested`, a text that only stops the compilation.
+    void Stop(const std::string& requested, const std::string& line, const std::string& why);
+    /// Hands the compiler `text` for `requested`.
+    void Hand(const std::string& requested, const std::string& text);
     /// The include's text, looked up once per compilation; nothing when it cannot be had
     /// (reported once).
     const std::optional<std::string>& Text(const std::string& name);
@@ -55,6 +66,7 @@ private:
     std::string Cycle(int node) const;
 
     CGcontext m_context;
+    bool m_confined;
     std::vector<Inclusion> m_inclusions;
     std::map<std::string, std::optional<std::string>> m_texts;
     std::vector<std::string> m_missing;

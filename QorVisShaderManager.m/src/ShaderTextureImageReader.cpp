@@ -2,20 +2,20 @@
 
 #include "QorSystem/QorFiles.h"
 
-#include <algorithm>
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <new>
-#include <sys/stat.h>
 
 namespace {
 
 constexpr std::size_t kHeaderSize = 512;
 constexpr int kPlanesUsed = 4;
-// No row can lie further: its start and its size are both 32-bit. A longer file is read
-// only this far, so even a huge sparse file cannot make the reader allocate more.
-constexpr std::uint64_t kLongestUsefulFile = std::uint64_t{1} << 33;
+// The largest file read. A picture is below 2 GiB of RGBA, and no file this reader decodes
+// needs more bytes than that picture plus its header and tables; a larger file is refused
+// before anything is allocated for it.
+constexpr std::size_t kLongestUsefulFile = std::size_t{1} << 31;
+// A run-length packet of two bytes gives at most 127 pixels.
+constexpr std::uint64_t kMostPixelsPerPacket = 127;
 
 // Decodes one run-length row: each packet starts with a byte whose low seven bits count
 // pixels; the high bit set means that many bytes follow as they are, clear means the next
@@ -58,19 +58,8 @@ ShaderTextureImageReader::ShaderTextureImageReader(const char* fileName)
 
 bool ShaderTextureImageReader::ReadFile(const char* fileName)
 {
-    const QorFile file(QorFopen(fileName, "rb"));
-    // Only regular files: a folder reports a bogus size and a device may never end.
-    struct stat info;
-    if (!file || fstat(fileno(file.get()), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size < 0)
-        return false;
-    const std::size_t size =
-        static_cast<std::size_t>(std::min<std::uint64_t>(static_cast<std::uint64_t>(info.st_size), kLongestUsefulFile));
-    // Uninitialised on purpose: only the bytes fread fills are ever looked at.
-    m_file.reset(new (std::nothrow) unsigned char[size > 0 ? size : 1]);
-    if (!m_file)
-        return false;
-    m_fileSize = std::fread(m_file.get(), 1, size, file.get());
-    return true;
+    // Only regular files: a FIFO or a device may never end.
+    return QorReadRegularFile(fileName, m_file, kLongestUsefulFile);
 }
 
 bool ShaderTextureImageReader::ReadHeader()
@@ -97,10 +86,28 @@ bool ShaderTextureImageReader::ReadHeader()
     if (!m_runLength)
         return Bytes(kHeaderSize, pixels * planes) != nullptr;
     // Two tables of height x channels 32-bit entries: row starts, then row sizes.
-    if (!Bytes(kHeaderSize, std::size_t{height} * channels * 8))
+    if (!Bytes(kHeaderSize, std::size_t{height} * channels * 8) || !RunTablesCanFill(planes))
         return false;
     m_rows.reset(new (std::nothrow) unsigned char[planes * width]);
     return m_rows != nullptr;
+}
+
+bool ShaderTextureImageReader::RunTablesCanFill(std::size_t planes) const
+{
+    // Rows may end early and stay 0, but the encoded bytes of all rows together must be
+    // able to fill the picture: a file of empty rows cannot claim a picture of gigabytes.
+    const std::size_t tableEntries = static_cast<std::size_t>(m_height) * m_channels;
+    std::uint64_t encoded = 0;
+    for (std::size_t plane = 0; plane < planes; ++plane)
+        for (std::size_t row = 0; row < static_cast<std::size_t>(m_height); ++row) {
+            std::uint32_t size = 0;
+            ReadBigEndian32(kHeaderSize + (tableEntries + plane * m_height + row) * 4, size);
+            encoded += size;
+        }
+    // Rows may also share their bytes; the file itself must still be able to hold the
+    // picture, so that a few kilobytes never decode to gigabytes.
+    const std::uint64_t needed = std::uint64_t{static_cast<unsigned>(m_width)} * m_height * planes;
+    return encoded / 2 * kMostPixelsPerPacket >= needed && m_file.size() / 2 * kMostPixelsPerPacket >= needed;
 }
 
 const unsigned char* ShaderTextureImageReader::Row(int row, int channel)
@@ -126,9 +133,9 @@ const unsigned char* ShaderTextureImageReader::Row(int row, int channel)
 
 const unsigned char* ShaderTextureImageReader::Bytes(std::size_t offset, std::size_t count) const
 {
-    if (offset > m_fileSize || count > m_fileSize - offset)
+    if (offset > m_file.size() || count > m_file.size() - offset)
         return nullptr;
-    return m_file.get() + offset;
+    return reinterpret_cast<const unsigned char*>(m_file.data()) + offset;
 }
 
 bool ShaderTextureImageReader::ReadBigEndian16(std::size_t offset, std::uint16_t& value) const

@@ -8,12 +8,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 class ShaderTextureImageReader
 {
 public:
     /// Opens the file (a framework path), reads it and checks its header and, for a
-    /// run-length file, that both offset tables fit. IsOpened() tells whether it worked.
+    /// run-length file, that both offset tables fit and that their rows can fill the
+    /// picture. IsOpened() tells whether it worked.
     explicit ShaderTextureImageReader(const char* fileName);
 
     ShaderTextureImageReader(const ShaderTextureImageReader&) = delete;
@@ -36,6 +38,9 @@ public:
 private:
     bool ReadFile(const char* fileName);
     bool ReadHeader();
+    /// Whether the run-length rows of the first `planes` planes hold enough encoded bytes
+    /// to fill them, as the tables say, and the file has that many bytes at all.
+    bool RunTablesCanFill(std::size_t planes) const;
     /// Bytes [offset, offset + count) of the file, or null when they are not all there.
     const unsigned char* Bytes(std::size_t offset, std::size_t count) const;
     bool ReadBigEndian16(std::size_t offset, std::uint16_t& value) const;
@@ -46,8 +51,7 @@ private:
     int m_width = 0;
     int m_height = 0;
     int m_channels = 0;
-    std::unique_ptr<unsigned char[]> m_file;
-    std::size_t m_fileSize = 0;
+    std::string m_file;
     /// Decoded run-length rows, one of Width() bytes for each of the four planes used.
     std::unique_ptr<unsigned char[]> m_rows;
 };

@@ -12,6 +12,7 @@
 #include <nvFX/nvFX.h>
 
 #include <cstdio>
+#include <unistd.h>
 
 // The nvFX include callback: ".hfx" and ".glslfxh" includes are files, found as named or
 // under "\shaders\" of "QorGraphicPath", then of "QorStartupPath"; other names are left
@@ -28,7 +29,10 @@ void myIncludeCb(const char* name, FILE*& file, const char*& text)
         nvFX::printf("Including file %s...\n", name);
         // Only regular files are opened: a FIFO or a device named as an include would
         // keep the load waiting.
-        file = QorIsRegularFile(found.c_str()) ? QorFopen(found.c_str(), "r") : nullptr;
+        const int fd = QorOpenRegularFile(found.c_str(), QorShaderSearch::kMaxSourceBytes);
+        file = fd >= 0 ? fdopen(fd, "r") : nullptr;
+        if (fd >= 0 && !file)
+            close(fd);
         return;
     }
     // The path is data: a "%" in a folder's name prints as it is.

@@ -2,6 +2,8 @@
 
 #include "QorVisShaderShared/QorShaderSearch.h"
 
+#include "QorMath/QorSaturatingInt.h"
+
 #include "QorVisShaders/QorIShaderEffect.h"
 #include "QorVisShaders/QorIShaderParameters.h"
 
@@ -83,7 +85,7 @@ int QorShaderObject::SetParameterFloat(int index, float value)
     if (!m_parameters || index < 0)
         return -1;
     if (index == 0 && m_effect) {
-        m_effect->setTechnique(static_cast<int>(value));
+        m_effect->setTechnique(QorSaturatingInt(value));
         return 0;
     }
     return m_parameters->SetFloatValue(index, value);

@@ -88,22 +88,21 @@ bool FindIncludeFile(const char* name, const char* relative, QorString& found, Q
         found = QorString(name);
         return true;
     }
+    return FindIncludeOnSearchPaths(relative, found, lastTried);
+}
+
+bool FindIncludeOnSearchPaths(const char* relative, QorString& found, QorString* lastTried)
+{
     return FindUnder("QorGraphicPath", "\\shaders\\", relative, ";", ";", found, lastTried) ||
            FindUnder("QorStartupPath", "\\shaders\\", relative, ";", ";", found, lastTried);
 }
 
 bool ReadSource(const QorString& path, QorUnicodeString& text)
 {
-    QorFile file(QorFopen(path.c_str(), "r"));
-    if (!file)
+    std::string content;
+    if (!QorReadRegularFile(path.c_str(), content, kMaxSourceBytes))
         return false;
-    text.Empty();
-    char chunk[256];
-    size_t read;
-    while ((read = std::fread(chunk, 1, 255, file.get())) > 0) {
-        chunk[read] = '\0';
-        text += chunk;
-    }
+    text = QorUnicodeString(content.c_str());
     return true;
 }
 

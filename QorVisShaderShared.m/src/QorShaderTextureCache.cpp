@@ -11,7 +11,10 @@
 #include "QorVisFoundation/QorTexturePixelImage.h"
 #include "QorVisShaders/QorShaderManager.h"
 
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <string>
 
 namespace QorShaderTextureCache {
 namespace {
@@ -57,6 +60,50 @@ void CopyIntoGeneratedImage(QorTexturePixelImage& image)
         std::memcpy(to, from, bytes);
 }
 
+// Cache folders tried for one content key before the texture keeps its image's name.
+constexpr int kCacheSlots = 8;
+
+std::string ContentKey(const std::string& bytes)
+{
+    // FNV-1a, 64 bits: a folder name per content; equal keys are still compared byte by byte.
+    std::uint64_t hash = 14695981039346656037ull;
+    for (unsigned char byte : bytes)
+        hash = (hash ^ byte) * 1099511628211ull;
+    char key[17];
+    std::snprintf(key, sizeof key, "%016llx", static_cast<unsigned long long>(hash));
+    return key;
+}
+
+// The cached file of the image: "<folder>\<key>\<its file name>", where the key names
+// the bytes of the file. A file already there is taken only when it holds exactly these
+// bytes, so that images of other packages sharing the file name, or files planted in
+// the folder, are never taken for this one. Empty when it cannot be cached.
+QorString CachedFile(const QorString& folder, const QorTexturePixelImage& image, const char* format)
+{
+    std::string bytes;
+    if (!image.Encode(format, bytes))
+        return QorString();
+    QorString directoryPart;
+    QorString filePart;
+    QorSplitPath(image.GetName().c_str(), directoryPart, filePart);
+    const std::string key = ContentKey(bytes);
+    for (int slot = 0; slot < kCacheSlots; ++slot) {
+        const std::string name = slot == 0 ? key : key + "-" + std::to_string(slot);
+        const QorString keyFolder = QorMakePath(folder.c_str(), name.c_str());
+        const QorString path = QorMakePath(keyFolder.c_str(), filePart.c_str());
+        if (QorFileAccess(path.c_str(), 0) == 0) {
+            std::string cached;
+            if (QorReadRegularFile(path.c_str(), cached, bytes.size()) && cached == bytes)
+                return path;
+            continue;
+        }
+        const bool written = QorCreateDirectory(keyFolder.c_str()) == 0 &&
+                             QorWriteFileAtomically(path.c_str(), bytes.data(), bytes.size());
+        return written ? path : QorString();
+    }
+    return QorString();
+}
+
 } // namespace
 
 QorString Adopt(QorStreamer& streamer, QorTexturePixelImage& streamed)
@@ -67,24 +114,14 @@ QorString Adopt(QorStreamer& streamer, QorTexturePixelImage& streamed)
     // Without a cache folder the texture keeps the image's own name.
     const char* temp = QorGetEnv("QorTemp");
     const QorString folder = temp ? QorString(temp) + "\\ZPKResources" : QorString();
-    if (!temp || QorCreateDirectory(folder.c_str()) < 0) {
-        QorShaderTextureBookkeeping::Take(name.c_str());
-        return name;
-    }
-    QorString directoryPart;
-    QorString filePart;
-    QorSplitPath(name.c_str(), directoryPart, filePart);
-    const QorString path = QorMakePath(folder.c_str(), filePart.c_str());
-
     QorString file = name;
-    if (extension != QorUnicodeString("PROCEDURAL"))
-        file = path;
-    else
-        CopyIntoGeneratedImage(image);
+    if (temp && QorCreateDirectory(folder.c_str()) == 0) {
+        if (extension == QorUnicodeString("PROCEDURAL"))
+            CopyIntoGeneratedImage(image);
+        else if (const QorString cached = CachedFile(folder, image, extension.c_str()); !cached.IsEmpty())
+            file = cached;
+    }
     QorShaderTextureBookkeeping::Take(file.c_str());
-    // An earlier reading may have cached the file already.
-    if (QorFileAccess(path.c_str(), 0) != 0)
-        image.WriteToFile(extension.c_str(), path.c_str());
     return file;
 }
 

@@ -158,6 +158,11 @@ public:
     EnvironmentState GetEnvironmentState() const { return m_environmentState; }
     CGparameter GetEnvironmentMember(int member) const { return m_environmentMembers[member]; }
     const QorUnicodeString& GetSource() const { return m_source; }
+    /// Confines the includes of the current text (until the next setBuffer) to the search
+    /// paths: for a text that came from a package, which must not read the host's files
+    /// through absolute names or "..". Names that cannot be resolved there fail the
+    /// compilation with an #error naming them.
+    void ConfineIncludesToSearchPaths() { m_includesConfined = true; }
     /// What the last compilation reported when it failed: the Cg runtime's message and
     /// the compiler's listing, the text the error file receives; empty after a success.
     const QorString& GetCompileErrors() const { return m_compileErrors; }
@@ -225,4 +230,5 @@ private:
     std::vector<QorCgContextHolder> m_retiredContexts;
     QorString m_compileErrors;
     std::vector<QorString> m_missingIncludes;
+    bool m_includesConfined = false;
 };

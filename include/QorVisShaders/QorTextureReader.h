@@ -25,10 +25,14 @@
 /// row is full leaves the rest of that row's plane at 0.
 ///
 /// Refused, with null returned and all four outputs 0: a path that is not a regular file
-/// that can be opened and read; any channel size but one byte (16-bit SGI images are not
+/// that can be opened and read (FIFOs and devices are refused without waiting), or a file
+/// of more than 2 GiB; any channel size but one byte (16-bit SGI images are not
 /// supported); a width, height or channel count of 0; a picture whose RGBA buffer would
 /// not stay below 2 GiB (its byte size must fit an int); verbatim planes or run-length
-/// offset tables that the file is too short to hold; a run-length row whose start or size
+/// offset tables that the file is too short to hold; run-length tables whose row sizes
+/// add up to fewer bytes than filling the picture takes (two bytes give at most 127
+/// pixels), or in a file too small to hold that many bytes (rows may share theirs), so
+/// that a small file cannot make the reader allocate and fill a huge picture; a run-length row whose start or size
 /// lies outside the file; a packet that would pass the end of its row or read past the
 /// row's encoded bytes. The magic number is not checked. Null output pointers are skipped.
 QOR_VISSHADERS_API unsigned int* readTexture(const char* fileName, int* dimension, int* width, int* height, int* components);

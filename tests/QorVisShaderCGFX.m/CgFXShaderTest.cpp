@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 
 namespace {
@@ -227,4 +228,27 @@ TEST(CgFXShaderTest, StreamCarriesValuesAndTheEffectThroughTheContainer)
     broken->UnStream(truncated);
     EXPECT_FALSE(broken->HasEffect());
     EXPECT_EQ(broken->GetNbParameters(), -1);
+}
+
+TEST(CgFXShaderTest, EveryFloatSelectsATechniqueSafely)
+{
+    CleanSearchPaths paths;
+    QorTempDir dir;
+    ShaderPtr shader = LoadedShader(dir.Write("techniques.cgfx", kQorTestMaterial).c_str());
+    ASSERT_TRUE(shader->GenerateParameters());
+    const struct
+    {
+        float value;
+        float technique;
+    } cases[] = {
+        // Beyond the last technique the selection stays; before the first it is the first.
+        {2147483648.0f, 1}, {1e30f, 1}, {INFINITY, 1}, {-2147483904.0f, 0}, {-INFINITY, 0}, {NAN, 0},
+    };
+    for (const auto& c : cases) {
+        shader->SetParameterFloat(0, 1);
+        EXPECT_EQ(shader->SetParameterFloat(0, c.value), 0);
+        float technique = -1;
+        shader->GetParameterFloat(0, &technique);
+        EXPECT_EQ(technique, c.technique) << c.value;
+    }
 }

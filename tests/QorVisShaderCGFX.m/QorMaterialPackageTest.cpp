@@ -133,8 +133,12 @@ TEST(QorMaterialPackageTest, TwoSampleMaterialsComeBackEqualFromASavedPackage)
     EXPECT_STREQ(textured.GetIShaderEffect()->GetName(), "materials\\textured.cgfx");
     EXPECT_STREQ(plastic.GetIShaderEffect()->GetName(), "materials\\plastic.cgfx");
 
-    // Equal values; the texture now names its copy in the cache.
-    const std::string cached = cache.Path() + "\\ZPKResources\\checker.png";
+    // Equal values; the texture now names its copy in the cache, in a folder named by its bytes.
+    std::string cached;
+    for (const ParameterView& parameter : ViewOf(textured))
+        if (parameter.type == 4)
+            cached = parameter.text;
+    EXPECT_NE(QorCacheKeyOf(cached, cache.Path(), "checker.png"), "") << cached;
     for (ParameterView& parameter : texturedView)
         if (parameter.type == 4)
             parameter.text = cached;
@@ -195,14 +199,16 @@ TEST(QorMaterialPackageTest, TextureNamesLikePathsAreCachedOnlyUnderZPKResources
     QorShaderParameters read;
     read.UnStream(stream);
     ASSERT_EQ(read.GetValueList()->size(), 5u);
-    EXPECT_EQ(QorFolderContent(root.Path()),
-              (std::vector<std::string>{"cache", "cache/ZPKResources", "cache/ZPKResources/C:relative.png",
-                                        "cache/ZPKResources/absolute.png", "cache/ZPKResources/drive.png",
-                                        "cache/ZPKResources/escape.png", "cache/ZPKResources/windows.png",
-                                        "hostile.zpk"}));
+    // The five images are alike, so they share one content folder.
+    const std::vector<std::string> content = QorFolderContent(root.Path());
+    ASSERT_EQ(content.size(), 9u);
+    const std::string key = "cache/ZPKResources/" + content[2].substr(content[2].rfind('/') + 1);
+    EXPECT_EQ(content, (std::vector<std::string>{"cache", "cache/ZPKResources", key, key + "/C:relative.png",
+                                                 key + "/absolute.png", key + "/drive.png", key + "/escape.png",
+                                                 key + "/windows.png", "hostile.zpk"}));
     EXPECT_EQ(QorFileAccess("/abs/folder/absolute.png", 0), -1);
     EXPECT_EQ(QorFileAccess("../../escape.png", 0), -1);
-    ImagePtr escaped(QorTexturePixelImage::ReadFromFile((cache + "/ZPKResources/escape.png").c_str(), "escape"));
+    ImagePtr escaped(QorTexturePixelImage::ReadFromFile(root.File(key + "/escape.png").c_str(), "escape"));
     ASSERT_NE(escaped, nullptr);
     EXPECT_EQ(escaped->GetPixels()[5], Checker("x")->GetPixels()[5]);
 }

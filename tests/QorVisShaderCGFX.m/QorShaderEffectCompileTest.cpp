@@ -150,3 +150,33 @@ TEST_F(QorShaderEffectCompileTest, CompileErrorsInIncludesNameTheInclude)
         << effect.effect->GetCompileErrors().c_str();
     QorShaderIncludeManager::Instance().RemoveInclude(QorString("faulty.fxh"));
 }
+
+TEST_F(QorShaderEffectCompileTest, TokensLongerThanTheCgRuntimeTakesAreRefusedBeforeItSeesThem)
+{
+    // The runtime writes past its own buffer from about 264,870 characters on.
+    const std::string tooLong(300000, 'a');
+    QorTempDir graphicDir;
+    graphicDir.Write("shaders/long.cgh", "float f <string s = \"" + tooLong + "\";> = 1;\n");
+    QorScopedEnv graphicPath("QorGraphicPath", graphicDir.Path().c_str());
+    const std::string technique = "\ntechnique t { pass p {} }\n";
+    const struct
+    {
+        std::string source;
+        std::string says;
+    } cases[] = {
+        {"float x <string UIName = \"" + tooLong + "\";> = 1;" + technique,
+         "(1) : error: a token or literal of 300000 characters is longer than the Cg runtime takes (262144)"},
+        {"// first\n/* second */\nfloat " + tooLong + " = 1;" + technique, "(3) : error: a token or literal of 300000"},
+        {"#if 0\n'" + tooLong + "'\n#endif" + technique, "(2) : error: a token or literal of 300000"},
+        {"#include \"long.cgh\"" + technique, "a token of 300000 characters on line 1 is longer than the Cg runtime takes"},
+    };
+    for (const auto& c : cases) {
+        CompiledEffect effect;
+        EXPECT_EQ(effect.FromBuffer(c.source.c_str()), nullptr) << c.says;
+        EXPECT_NE(std::string(effect.effect->GetCompileErrors().c_str()).find(c.says), std::string::npos)
+            << effect.effect->GetCompileErrors().c_str();
+    }
+    CompiledEffect atTheLimit;
+    const std::string longest = "float x <string UIName = \"" + std::string(262144, 'a') + "\";> = 1;" + technique;
+    EXPECT_NE(atTheLimit.FromBuffer(longest.c_str()), nullptr) << atTheLimit.effect->GetCompileErrors().c_str();
+}

@@ -6,6 +6,7 @@
 #include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 #include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaderCGFX/QorCgFXFactory.h"
 
 #include <Cg/cgGL.h>
@@ -28,6 +29,8 @@ class QorShaderEffectGLTest : public testing::Test
 {
 protected:
     void SetUp() override { ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError(); }
+    // Textures handed back by the materials go, with their GL names, while the context lives.
+    void TearDown() override { QorShaderManager::CleanShaderTextureToDestroyList(); }
 
     QorScopedEnv m_graphic{"QorGraphicPath", QOR_SAMPLES_DIR};
     QorGLContext m_context;

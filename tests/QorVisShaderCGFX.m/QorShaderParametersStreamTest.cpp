@@ -258,29 +258,60 @@ TEST(QorShaderParametersStreamTest, WithoutQorTempATextureIsRegisteredUnderItsIm
     EXPECT_FLOAT_EQ(gloss, 0.5f) << "the records after the texture are read in step";
 }
 
-TEST_F(QorShaderParametersCacheTest, WithQorTempATextureIsCachedOnceUnderZPKResources)
+TEST_F(QorShaderParametersCacheTest, ATextureIsCachedUnderZPKResourcesInAFolderOfItsContent)
 {
-    const std::string cached = cache.Path() + "\\ZPKResources\\wood.png";
-    const std::string native = cache.File("ZPKResources/wood.png");
-    {
-        QorShaderParameters read;
-        RoundTrip(set, read, container);
-        EXPECT_EQ(TextureOf(read, 1), cached) << "the value names the cached file";
-        EXPECT_EQ(QorTextureCount(cached.c_str()), 2u);
-        QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(native.c_str(), "cached"));
-        QorTexturePixelImage::Ptr original(QorTexturePixelImage::ReadFromFile(png.c_str(), "original"));
-        ASSERT_TRUE(written && original);
-        EXPECT_EQ(std::memcmp(written->GetPixels(), original->GetPixels(), original->GetByteCount()), 0);
-    }
+    QorShaderParameters read;
+    RoundTrip(set, read, container);
+    const std::string cached = TextureOf(read, 1);
+    const std::string key = QorCacheKeyOf(cached, cache.Path(), "wood.png");
+    ASSERT_NE(key, "") << cached;
+    EXPECT_EQ(QorTextureCount(cached.c_str()), 2u);
+    const std::string native = cache.File("ZPKResources/" + key + "/wood.png");
+    QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(native.c_str(), "cached"));
+    QorTexturePixelImage::Ptr original(QorTexturePixelImage::ReadFromFile(png.c_str(), "original"));
+    ASSERT_TRUE(written && original);
+    EXPECT_EQ(std::memcmp(written->GetPixels(), original->GetPixels(), original->GetByteCount()), 0);
 
-    // Read again: the listed image is reused and the existing file is not written over.
-    cache.Write("ZPKResources/wood.png", "kept");
+    // Read again: the listed image and its cached file are reused.
     QorShaderParameters again;
     RoundTrip(set, again, container);
     EXPECT_EQ(TextureOf(again, 1), cached);
-    EXPECT_EQ(QorReadFile(native), "kept");
     EXPECT_EQ(QorTexturePixelImage::GetImageFromList(QorString(png.c_str()))->GetRefCount(), 3u)
         << "the list's, the container's entry's and its look-up's: the streamed reference went back";
+}
+
+TEST_F(QorShaderParametersCacheTest, ImagesOfOtherPackagesOrPlantedFilesAreNeverTakenForThisOne)
+{
+    // Another package's image of the same file name, read with the same "QorTemp", and a
+    // file planted where the cache once looked: neither may stand for this package's image.
+    QorTempDir other;
+    const std::string otherPng = other.File("wood.png");
+    QorTexturePixelImage::Ptr black(QorTexturePixelImage::Create(QorString(otherPng.c_str()), QorPixelRGBA8, 3, 3));
+    ASSERT_EQ(black->WriteToFile("PNG", otherPng.c_str()), 0);
+    cache.Write("ZPKResources/wood.png", "planted");
+    QorResourceZPKContainer otherContainer;
+    QorShaderParameters otherSet;
+    otherSet.AddTextureParameter(cg.Parameter("diffuse"), otherPng.c_str());
+    QorShaderParameters otherRead;
+    RoundTrip(otherSet, otherRead, otherContainer);
+    QorShaderParameters read;
+    RoundTrip(set, read, container);
+
+    const std::string mine = TextureOf(read, 1), theirs = TextureOf(otherRead, 1);
+    ASSERT_NE(QorCacheKeyOf(mine, cache.Path(), "wood.png"), "") << mine;
+    ASSERT_NE(QorCacheKeyOf(theirs, cache.Path(), "wood.png"), "") << theirs;
+    EXPECT_NE(mine, theirs);
+    QorTexturePixelImage::Ptr mineRead(QorTexturePixelImage::ReadFromFile(mine.c_str(), "mine"));
+    ASSERT_NE(mineRead, nullptr);
+    EXPECT_EQ(mineRead->GetWidth(), 2u) << "this package's own image, not the other one's 3 x 3";
+
+    // A cached file whose bytes were changed under the key is passed over, not taken.
+    const std::string key = QorCacheKeyOf(mine, cache.Path(), "wood.png");
+    QorTexturePixelImage::ClearList();
+    cache.Write("ZPKResources/" + key + "/wood.png", "changed");
+    QorShaderParameters again;
+    RoundTrip(set, again, container);
+    EXPECT_EQ(TextureOf(again, 1), cache.Path() + "\\ZPKResources\\" + key + "-1\\wood.png");
 }
 
 TEST_F(QorShaderParametersCacheTest, AListedImageOfTheSameNameTakesTheStreamedOnesPlace)
@@ -296,8 +327,7 @@ TEST_F(QorShaderParametersCacheTest, AListedImageOfTheSameNameTakesTheStreamedOn
     in.SetResourceZPKContainer(&container);
     read.UnStream(in);
     EXPECT_EQ(container.GetEntry(0)->image.get(), listed) << "the container holds the listed image";
-    QorTexturePixelImage::Ptr written(
-        QorTexturePixelImage::ReadFromFile(cache.File("ZPKResources/wood.png").c_str(), "cached"));
+    QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(TextureOf(read, 1).c_str(), "cached"));
     ASSERT_NE(written, nullptr);
     EXPECT_EQ(written->GetWidth(), 1u) << "the cached file is the listed image";
 }

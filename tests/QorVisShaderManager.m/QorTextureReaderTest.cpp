@@ -335,3 +335,28 @@ TEST(QorTextureReaderTest, RefusesRunLengthRowsOutsideTheirBounds)
     ExpectRefused(dir.Write("bad-second-channel.rgb", RunLengthFile(8, 1, 2, {Repeat(8, 1), Repeat(9, 1)})),
                   "a bad row in a later channel");
 }
+
+TEST(QorTextureReaderTest, RunTablesThatCannotFillThePictureAreRefusedBeforeItIsAllocated)
+{
+    QorTempDir dir;
+    // 66 KB claiming 65535 x 8191 pixels (2 GiB of RGBA) whose rows are all empty.
+    std::vector<std::string> empty(8191);
+    ExpectRefused(dir.Write("bomb.rgb", RunLengthFile(65535, 8191, 1, empty)), "empty rows for 2 GiB");
+    // Every row pointing at one encoding of a whole row: 75 KB still cannot claim 2 GiB.
+    std::string shared = RunLengthFile(65535, 8191, 1, empty);
+    std::string wholeRow;
+    for (int packet = 0; packet < 516; ++packet)
+        wholeRow += Repeat(127, 5);
+    wholeRow += Repeat(3, 5);
+    for (unsigned row = 0; row < 8191; ++row) {
+        Put32(shared, 512 + row * 4, static_cast<unsigned>(shared.size()));
+        Put32(shared, 512 + (8191 + row) * 4, static_cast<unsigned>(wholeRow.size()));
+    }
+    ExpectRefused(dir.Write("shared.rgb", shared + wholeRow), "shared rows for 2 GiB");
+    // Rows that together can fill the picture still decode, even when some end early.
+    const Decoded shortRow(dir.Write("short.rgb", RunLengthFile(254, 2, 1, {Repeat(127, 9) + Repeat(127, 9) + kEnd + "pad", kEnd})));
+    ASSERT_NE(shortRow.pixels, nullptr);
+    EXPECT_EQ(shortRow.width, 254);
+    const Decoded empties(dir.Write("too-few.rgb", RunLengthFile(254, 2, 1, {Repeat(127, 9), Repeat(2, 9)})));
+    EXPECT_EQ(empties.pixels, nullptr) << "4 encoded bytes cannot fill 508 pixels";
+}

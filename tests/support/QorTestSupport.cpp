@@ -75,6 +75,16 @@ std::string QorReadFile(const std::string& path)
     return content.str();
 }
 
+std::string QorCacheKeyOf(const std::string& value, const std::string& cacheFolder, const std::string& file)
+{
+    const std::string prefix = cacheFolder + "\\ZPKResources\\", suffix = "\\" + file;
+    if (value.size() != prefix.size() + 16 + suffix.size() || value.compare(0, prefix.size(), prefix) != 0 ||
+        value.compare(prefix.size() + 16, std::string::npos, suffix) != 0)
+        return "";
+    const std::string key = value.substr(prefix.size(), 16);
+    return key.find_first_not_of("0123456789abcdef") == std::string::npos ? key : "";
+}
+
 std::vector<std::string> QorFolderContent(const std::string& folder)
 {
     std::vector<std::string> names;

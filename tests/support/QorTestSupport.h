@@ -69,5 +69,10 @@ private:
 /// Reads a whole file; "" when missing.
 std::string QorReadFile(const std::string& path);
 
+/// The content key of a texture value that names a cached file,
+/// "<cacheFolder>\ZPKResources\<key>\<file>" with a key of 16 hexadecimal digits; "" when
+/// the value is not such a name.
+std::string QorCacheKeyOf(const std::string& value, const std::string& cacheFolder, const std::string& file);
+
 /// Everything below `folder`, files and folders at any depth, as sorted paths relative to it.
 std::vector<std::string> QorFolderContent(const std::string& folder);

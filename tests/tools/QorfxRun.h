@@ -15,11 +15,12 @@ struct QorfxResult
     std::string err; ///< standard error
 };
 
-/// Runs qorfx with `arguments` (already shell-quoted where needed).
-inline QorfxResult RunQorfx(const std::string& arguments)
+/// Runs qorfx with `arguments` (already shell-quoted where needed); `prefix` comes before
+/// the program in the shell command ("timeout 20 ", "VAR=x ").
+inline QorfxResult RunQorfx(const std::string& arguments, const std::string& prefix = "")
 {
     QorTempDir capture;
-    const std::string command = std::string(QORFX_PATH) + " " + arguments + " >" + capture.File("out") + " 2>" +
+    const std::string command = prefix + QORFX_PATH + " " + arguments + " >" + capture.File("out") + " 2>" +
                                 capture.File("err");
     QorfxResult result;
     const int status = std::system(command.c_str());
@@ -33,6 +34,13 @@ inline QorfxResult RunQorfx(const std::string& arguments)
 inline std::string QorfxData(const char* name)
 {
     return std::string(QOR_TEST_DATA_DIR) + "/qorfx/" + name;
+}
+
+/// A prefix for RunQorfx that runs the tool as on a full disk: no file may grow past
+/// 1024 bytes, and the signal for passing that limit is ignored, so writes just fail.
+inline std::string QorfxFullDisk()
+{
+    return "trap '' XFSZ; ulimit -f 2; exec ";
 }
 
 inline std::string QorfxSample(const char* relative)

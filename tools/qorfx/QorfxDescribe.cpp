@@ -84,6 +84,11 @@ json QorfxDescribe(QorfxMaterial& material, bool validate)
     return description;
 }
 
+std::string QorfxJsonText(const json& document)
+{
+    return document.dump(2, ' ', false, json::error_handler_t::replace);
+}
+
 void QorfxPrintDescription(const json& description)
 {
     std::printf("effect %s (%s)\n", description["effect"].get<std::string>().c_str(),

@@ -5,10 +5,16 @@
 
 #include <nlohmann/json.hpp>
 
+#include <string>
+
 class QorfxMaterial;
 
 /// `validate`: check each technique in the current GL context (null when there is none).
 nlohmann::json QorfxDescribe(QorfxMaterial& material, bool validate);
+
+/// The document's JSON text. Names and annotations are the effect's bytes, which need
+/// not be UTF-8: bytes that are not become U+FFFD, so the text is always valid JSON.
+std::string QorfxJsonText(const nlohmann::json& document);
 
 /// The same document as readable text.
 void QorfxPrintDescription(const nlohmann::json& description);

@@ -10,12 +10,15 @@
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
+#include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -71,11 +74,25 @@ void EnsureTempFolder()
     if (QorGetEnv("QorTemp"))
         return;
     static PrivateTemp temp;
-    std::string pattern = (fs::temp_directory_path() / "qorfx-XXXXXX").string();
+    std::error_code failed;
+    std::string pattern =
+        (fs::temp_directory_path(failed) / ("qorfx-" + std::to_string(getpid()) + "-XXXXXX")).string();
+    if (failed)
+        return;
     if (!mkdtemp(pattern.data()))
         return;
     temp.path = pattern;
     QorSetEnv("QorTemp", pattern.c_str());
+}
+
+// The process a temporary folder "qorfx-<pid>-XXXXXX" was made by; 0 for other names.
+pid_t MakerOf(const std::string& name)
+{
+    unsigned long pid = 0;
+    int end = 0;
+    if (std::sscanf(name.c_str(), "qorfx-%lu-%n", &pid, &end) != 1 || end == 0 || name.size() != end + 6u)
+        return 0;
+    return static_cast<pid_t>(pid);
 }
 
 std::vector<float> ParseFloats(const std::string& text)
@@ -110,6 +127,22 @@ QorIShader* NewShader(const std::string& path, QorfxLoadProblem& problem)
 
 } // namespace
 
+void QorfxRemoveStaleTempFolders()
+{
+    std::error_code failed;
+    const fs::path temp = fs::temp_directory_path(failed);
+    for (fs::directory_iterator entry(temp, failed), end; !failed && entry != end; entry.increment(failed)) {
+        const pid_t maker = MakerOf(entry->path().filename().string());
+        struct stat info;
+        // Only our own folders (not links), and only when their process is gone.
+        if (maker <= 0 || lstat(entry->path().c_str(), &info) != 0 || !S_ISDIR(info.st_mode) ||
+            info.st_uid != getuid() || kill(maker, 0) == 0 || errno != ESRCH)
+            continue;
+        std::error_code ignored;
+        fs::remove_all(entry->path(), ignored);
+    }
+}
+
 bool QorfxMaterial::Compile(const std::string& path, QorfxLoadProblem& problem, const std::function<bool()>& attach)
 {
     EnsureTempFolder();
@@ -142,6 +175,11 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, Qorf
         problem = {"missing", path + ": no such effect file, as named or along QorStartupPath and QorGraphicPath", ""};
         return nullptr;
     }
+    std::string why;
+    if (!QorIsRegularFile(found.c_str(), kQorfxMaxSourceBytes, &why)) {
+        problem = {"missing", path + ": cannot read the file (" + why + ")", ""};
+        return nullptr;
+    }
     QorIShader* shader = NewShader(path, problem);
     if (!shader)
         return nullptr;
@@ -163,7 +201,7 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadPackage(const std::string& pat
     QorStreamer stream;
     std::string reason;
     if (container.LoadFromFile(path.c_str(), stream, &reason) != 0) {
-        problem = {"package", path + ": " + reason, ""};
+        problem = {"package", reason, ""}; // the reason names the file already
         return nullptr;
     }
     QorIShader* shader = NewShader(path, problem);

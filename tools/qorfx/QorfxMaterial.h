@@ -7,6 +7,7 @@
 
 #include "QorVisShaders/QorIShader.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -18,6 +19,9 @@ struct QorfxLoadProblem
     std::string message; ///< one line, naming the file
     std::string details; ///< the compiler's listing and advice on missing includes; may be empty
 };
+
+/// The library reads effect and include files of at most this size.
+constexpr std::size_t kQorfxMaxSourceBytes = 16u << 20;
 
 class QorfxMaterial
 {
@@ -63,6 +67,11 @@ private:
 /// Lets effects find the samples' includes: appends the effect's folder and its parent
 /// to "QorGraphicPath" (includes live under "<folder>\shaders\").
 void QorfxAddSearchFolders(const std::string& effectPath);
+
+/// Removes the temporary folders that runs of the tool killed before they could clean up
+/// left behind: each run's folder carries its process id, and those of processes that
+/// are gone are removed.
+void QorfxRemoveStaleTempFolders();
 
 /// While alive, the process's standard output goes to /dev/null: a failed compilation
 /// prints the error file's path there, which must not mix with the tool's own output

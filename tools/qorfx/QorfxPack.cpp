@@ -6,9 +6,14 @@
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
 
+#include "QorSystem/QorFiles.h"
+
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <memory>
+#include <set>
+#include <utility>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -30,10 +35,67 @@ std::string SafeFileName(const std::string& name, const std::string& fallback)
     return last;
 }
 
+// `name`, or, when an earlier file of the unpacking took it, "<stem>-<n><extension>".
+std::string UniqueName(std::set<std::string>& taken, const std::string& name)
+{
+    std::string unique = name;
+    const fs::path path(name);
+    for (int n = 1; !taken.insert(unique).second; ++n)
+        unique = path.stem().string() + "-" + std::to_string(n) + path.extension().string();
+    return unique;
+}
+
+// The folders of `folder` that do not exist yet, innermost first.
+std::vector<fs::path> MissingFolders(const fs::path& folder)
+{
+    std::vector<fs::path> missing;
+    std::error_code failure;
+    for (fs::path at = fs::absolute(folder).lexically_normal(); !at.empty() && !fs::exists(at, failure);
+         at = at.parent_path()) {
+        missing.push_back(at);
+        if (at == at.parent_path())
+            break;
+    }
+    return missing;
+}
+
+// Writes every file into `folder`, or nothing: each file is written beside its place
+// first and only when all are whole do they replace what is there (a link in the folder
+// is replaced, never written through). On failure the files and the folders made for
+// them are removed again.
+int WriteAll(const fs::path& folder, const std::vector<std::pair<std::string, std::string>>& files)
+{
+    const std::vector<fs::path> missing = MissingFolders(folder);
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    if (failure)
+        return Fail(folder.string() + ": cannot create the folder");
+    std::vector<std::unique_ptr<QorPartialFile>> written;
+    std::string why;
+    for (const auto& [name, bytes] : files) {
+        const std::string target = (folder / name).string();
+        written.push_back(std::make_unique<QorPartialFile>(target.c_str()));
+        if (!written.back()->Write(bytes.data(), bytes.size(), &why)) {
+            written.clear();
+            for (const fs::path& made : missing)
+                fs::remove(made, failure); // only empty folders go
+            return Fail(target + ": " + why);
+        }
+    }
+    for (std::size_t i = 0; i < written.size(); ++i)
+        if (!written[i]->Commit(&why))
+            return Fail((folder / files[i].first).string() + ": " + why);
+    return 0;
+}
+
 } // namespace
 
 int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, const std::string& output)
 {
+    if (output.empty()) {
+        std::fprintf(stderr, "qorfx: -o takes the package to write, not \"\"\n");
+        return 2;
+    }
     QorfxLoadProblem loading;
     std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(effect, loading);
     if (!material) {
@@ -63,38 +125,43 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
         return Fail(effect + ": materials of this effect's implementation are not written to streams");
     std::string reason;
     if (container.SaveToFile(output.c_str(), stream, &reason) != 0)
-        return Fail(output + ": " + reason);
+        return Fail(reason); // it names the file already
     return 0;
 }
 
 int QorfxUnpack(const std::string& package, const std::string& folder)
 {
-    std::error_code failure;
-    fs::create_directories(folder, failure);
-    if (failure)
-        return Fail(folder + ": cannot create the folder");
+    if (folder.empty()) {
+        std::fprintf(stderr, "qorfx: -C takes a folder, not \"\"\n");
+        return 2;
+    }
     std::string error;
     QorResourceZPKContainer container;
     QorStreamer stream;
     if (container.LoadFromFile(package.c_str(), stream, &error) != 0)
-        return Fail(package + ": " + error);
-    for (int id = 0; id < container.GetEntryCount(); ++id) {
-        const QorResourceZPKContainer::Entry* entry = container.GetEntry(id);
-        const std::string name = SafeFileName(entry->name.c_str(), "resource" + std::to_string(id));
-        if (entry->kind == QorResourceZPKContainer::QorEffectEntry) {
-            std::ofstream(fs::path(folder) / name, std::ios::binary) << entry->source;
-        } else if (entry->image) {
-            const fs::path target = fs::path(folder) / (fs::path(name).stem().string() + ".png");
-            if (entry->image->WriteToFile("PNG", target.string().c_str()) != 0)
-                return Fail(target.string() + ": cannot write the image");
-        }
-    }
+        return Fail(error);
+    // Everything is made before anything is written, so that a package that loads but
+    // fails later leaves nothing behind.
     QorfxLoadProblem problem;
     std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadPackage(package, problem);
     if (!material) {
         std::fputs(problem.details.c_str(), stderr);
         return Fail(problem.message);
     }
-    std::ofstream(fs::path(folder) / "material.json") << QorfxDescribe(*material, false).dump(2) << "\n";
-    return 0;
+    std::set<std::string> taken{"material.json"};
+    std::vector<std::pair<std::string, std::string>> files;
+    for (int id = 0; id < container.GetEntryCount(); ++id) {
+        const QorResourceZPKContainer::Entry* entry = container.GetEntry(id);
+        const std::string name = SafeFileName(entry->name.c_str(), "resource" + std::to_string(id));
+        if (entry->kind == QorResourceZPKContainer::QorEffectEntry) {
+            files.emplace_back(UniqueName(taken, name), entry->source);
+        } else if (entry->image) {
+            std::string png;
+            if (!entry->image->Encode("PNG", png))
+                return Fail(name + ": cannot encode the image as PNG");
+            files.emplace_back(UniqueName(taken, fs::path(name).stem().string() + ".png"), std::move(png));
+        }
+    }
+    files.emplace_back("material.json", QorfxJsonText(QorfxDescribe(*material, false)) + "\n");
+    return WriteAll(folder, files);
 }

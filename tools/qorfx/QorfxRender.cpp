@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -21,6 +22,8 @@ namespace {
 
 constexpr int kLabelScale = 2;
 constexpr int kLabelHeight = 7 * kLabelScale + 8;
+// The largest contact sheet: 1 GiB of RGBA pixels, held twice while it is written.
+constexpr std::uint64_t kMaxSheetPixels = std::uint64_t{1} << 28;
 
 void Report(const std::string& message)
 {
@@ -33,6 +36,19 @@ struct DrawFailure
     std::string word;
     std::string message;
 };
+
+// --technique names a technique of the material: its number or its name.
+std::string TechniqueProblem(QorfxMaterial& material, const std::string& technique)
+{
+    if (technique.empty())
+        return "";
+    const nlohmann::json techniques = material.Backend().Techniques(false);
+    for (const nlohmann::json& entry : techniques)
+        if (entry["name"] == technique || std::to_string(entry["index"].get<int>()) == technique)
+            return "";
+    return "--technique takes a technique number from 0 to " + std::to_string(int(techniques.size()) - 1) +
+           " or a technique name of " + material.Name() + ", not \"" + technique + "\"";
+}
 
 // Draws one material into the current framebuffer; an empty word on success.
 DrawFailure DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& options, const QorfxView& view,
@@ -60,16 +76,24 @@ DrawFailure DrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& opti
 class Sheet
 {
 public:
-    // `columns` 0: as many columns as rows, or one more; never more columns than tiles.
+    // Check Fits() first: the sheet's size is held in ints.
     Sheet(size_t tiles, int columns, int width, int height, bool labelled)
-        : m_columns(columns > 0 ? std::min(columns, static_cast<int>(tiles))
-                                : static_cast<int>(std::ceil(std::sqrt(static_cast<double>(tiles))))),
-          m_tileWidth(width), m_tileHeight(height), m_cellHeight(height + (labelled ? kLabelHeight : 0)),
-          m_width(m_columns * width), m_height(static_cast<int>((tiles + m_columns - 1) / m_columns) * m_cellHeight),
-          m_labelled(labelled), m_pixels(static_cast<size_t>(m_width) * m_height * 4, 0)
+        : m_columns(Columns(tiles, columns)), m_tileWidth(width), m_tileHeight(height),
+          m_cellHeight(height + (labelled ? kLabelHeight : 0)), m_width(m_columns * width),
+          m_height(static_cast<int>(Rows(tiles, m_columns)) * m_cellHeight), m_labelled(labelled),
+          m_pixels(static_cast<size_t>(m_width) * m_height * 4, 0)
     {
         for (size_t i = 3; i < m_pixels.size(); i += 4)
             m_pixels[i] = 255;
+    }
+
+    // The sheet's pixel count, when it is at most kMaxSheetPixels; 0 otherwise.
+    static std::uint64_t Fits(size_t tiles, int columns, int width, int height, bool labelled)
+    {
+        const int across = Columns(tiles, columns);
+        const std::uint64_t pixels = std::uint64_t(across) * std::uint64_t(width) * Rows(tiles, across) *
+                                     std::uint64_t(height + (labelled ? kLabelHeight : 0));
+        return pixels <= kMaxSheetPixels ? pixels : 0;
     }
 
     int Width() const { return m_width; }
@@ -104,6 +128,14 @@ public:
     }
 
 private:
+    // `columns` 0: as many columns as rows, or one more; never more columns than tiles.
+    static int Columns(size_t tiles, int columns)
+    {
+        return columns > 0 ? std::min(columns, static_cast<int>(tiles))
+                           : static_cast<int>(std::ceil(std::sqrt(static_cast<double>(tiles))));
+    }
+    static std::uint64_t Rows(size_t tiles, int columns) { return (tiles + columns - 1) / columns; }
+
     int X(size_t tile) const { return static_cast<int>(tile % m_columns) * m_tileWidth; }
     int Y(size_t tile) const { return static_cast<int>(tile / m_columns) * m_cellHeight; }
     void Label(size_t tile, const std::string& label)
@@ -149,13 +181,19 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         Report(problem);
         return 2;
     }
+    const bool several = inputs.size() > 1;
+    if (!Sheet::Fits(inputs.size(), options.columns, options.width, options.height, several)) {
+        Report("a sheet of " + std::to_string(inputs.size()) + " tiles of " + std::to_string(options.width) + "x" +
+               std::to_string(options.height) + " would have too many pixels, at most " + std::to_string(kMaxSheetPixels) +
+               ": use fewer inputs or a smaller --size");
+        return 2;
+    }
     QorGLContext context;
     if (!context.Open(options.width, options.height)) {
         Report(context.GetError());
         return 1;
     }
 
-    const bool several = inputs.size() > 1;
     Sheet sheet(inputs.size(), options.columns, options.width, options.height, several);
     unsigned int skyTexture = 0;
     int failures = 0;
@@ -164,6 +202,13 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
             std::fprintf(stderr, "qorfx: rendering %zu/%zu %s\n", i + 1, inputs.size(), inputs[i].c_str());
         QorfxLoadProblem loading;
         std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], loading);
+        std::string usage;
+        if (material && !(usage = TechniqueProblem(*material, options.technique)).empty()) {
+            Report(usage);
+            if (skyTexture)
+                glDeleteTextures(1, &skyTexture);
+            return 2;
+        }
         const DrawFailure failure =
             material ? DrawMaterial(*material, options, view, mesh, skyTexture) : DrawFailure{loading.word, loading.message};
         // The extension stays: a sheet may show a CgFX material beside its GLSL twin.

@@ -131,8 +131,20 @@ std::string QorfxLoadTextures(QorfxMaterial& material)
 
 std::string QorfxResolveTextureFiles(QorfxMaterial& material)
 {
-    return ForEachTextureFile(material, [&material](int index, const char*, const std::string& path) {
-        material.Shader().SetParameterString(index, fs::absolute(path).string().c_str());
+    return ForEachTextureFile(material, [&material](int index, const char*, const std::string& path) -> std::string {
+        // The value names the image relative to the material, a name that travels with it
+        // (an absolute path names a file of this host only). The image is read here and
+        // listed under that name, where the stream's container takes it from: one that
+        // the image library cannot read fails now instead of being dropped.
+        const fs::path file = fs::absolute(path).lexically_normal();
+        std::string name = file.lexically_relative(fs::path(material.Folder()).parent_path().lexically_normal()).string();
+        if (name.empty())
+            name = file.filename().string();
+        QorTexturePixelImage* image = QorTexturePixelImage::ReadFromFile(path.c_str(), QorString(name.c_str()));
+        if (!image)
+            return path + ": cannot read the texture";
+        QorTexturePixelImage::AddList(image);
+        material.Shader().SetParameterString(index, name.c_str());
         return std::string();
     });
 }

@@ -7,13 +7,15 @@
 #include "QorfxSgi.h"
 #include "QorfxStage.h"
 #include "QorGL/QorGLContext.h"
+#include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
 #include "QorVisShaders/QorShaderManager.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
-#include <fstream>
+#include <exception>
+#include <new>
 #include <sstream>
 
 namespace {
@@ -27,15 +29,13 @@ int RegisterIncludes(const std::vector<std::string>& includes)
             std::fprintf(stderr, "qorfx: --include takes NAME=FILE, not \"%s\"\n", include.c_str());
             return 2;
         }
-        std::ifstream in(include.substr(equals + 1), std::ios::binary);
-        if (!in) {
-            std::fprintf(stderr, "qorfx: %s: cannot read the include file\n", include.substr(equals + 1).c_str());
+        const std::string file = include.substr(equals + 1);
+        std::string text, why;
+        if (!QorReadRegularFile(file.c_str(), text, kQorfxMaxSourceBytes, &why)) {
+            std::fprintf(stderr, "qorfx: %s: cannot read the include file (%s)\n", file.c_str(), why.c_str());
             return 1;
         }
-        std::ostringstream text;
-        text << in.rdbuf();
-        QorShaderIncludeManager::Instance().AddInclude(QorString(include.substr(0, equals).c_str()),
-                                                       text.str().c_str());
+        QorShaderIncludeManager::Instance().AddInclude(QorString(include.substr(0, equals).c_str()), text.c_str());
     }
     return 0;
 }
@@ -48,7 +48,7 @@ int Inspect(const std::string& file, bool json)
         std::fprintf(stderr, "qorfx: %s\n", problem.message.c_str());
         if (!problem.details.empty()) {
             if (json)
-                std::printf("%s\n", nlohmann::json{{"file", file}, {"errors", problem.details}}.dump(2).c_str());
+                std::printf("%s\n", QorfxJsonText(nlohmann::json{{"file", file}, {"errors", problem.details}}).c_str());
             else
                 std::fputs(problem.details.c_str(), stderr);
         }
@@ -68,7 +68,7 @@ int Inspect(const std::string& file, bool json)
     }
     const nlohmann::json description = QorfxDescribe(*material, validate);
     if (json)
-        std::printf("%s\n", description.dump(2).c_str());
+        std::printf("%s\n", QorfxJsonText(description).c_str());
     else
         QorfxPrintDescription(description);
     return 0;
@@ -76,6 +76,7 @@ int Inspect(const std::string& file, bool json)
 
 int Run(int argc, char** argv)
 {
+    QorfxRemoveStaleTempFolders();
     CLI::App app{"qorfx: inspect, render, pack and convert QorVisShaders materials"};
     app.require_subcommand(1);
     std::vector<std::string> includes;
@@ -154,11 +155,26 @@ int Run(int argc, char** argv)
     return QorfxRender(renderInputs, renderOutput, options);
 }
 
+// Whatever a library or the tool throws ends the run with a message, never with a signal.
+int RunGuarded(int argc, char** argv)
+{
+    try {
+        return Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "qorfx: out of memory\n");
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "qorfx: %s\n", error.what());
+    } catch (...) {
+        std::fprintf(stderr, "qorfx: unexpected failure\n");
+    }
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const int status = Run(argc, argv);
+    const int status = RunGuarded(argc, argv);
     // Materials handed their textures back to the registry; retire them before exit.
     QorShaderManager::CleanShaderTextureToDestroyList();
     return status;

@@ -1,6 +1,8 @@
 #include "QorSystem/QorFiles.h"
 
+#include <atomic>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -43,6 +45,12 @@ bool Refuse(std::string* why, const char* reason)
     return false;
 }
 
+int RefuseOpen(std::string* why, const char* reason)
+{
+    Refuse(why, reason);
+    return -1;
+}
+
 struct Descriptor
 {
     explicit Descriptor(int value) : fd(value) {}
@@ -58,25 +66,35 @@ struct Descriptor
 
 } // namespace
 
-bool QorIsRegularFile(const char* path)
+int QorOpenRegularFile(const char* path, std::uint64_t maxBytes, std::string* why)
 {
+    if (!path || !*path)
+        return RefuseOpen(why, "no file name");
+    // Non-blocking, so that opening a FIFO without a writer returns at once.
+    Descriptor file(open(QorNativePath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.fd < 0)
+        return RefuseOpen(why, std::strerror(errno));
     struct stat info;
-    return path && *path && stat(QorNativePath(path).c_str(), &info) == 0 && S_ISREG(info.st_mode);
+    if (fstat(file.fd, &info) != 0 || !S_ISREG(info.st_mode))
+        return RefuseOpen(why, "not a regular file");
+    if (static_cast<std::uint64_t>(info.st_size) > maxBytes)
+        return RefuseOpen(why, "the file is too large");
+    return std::exchange(file.fd, -1);
+}
+
+bool QorIsRegularFile(const char* path, std::uint64_t maxBytes, std::string* why)
+{
+    return Descriptor(QorOpenRegularFile(path, maxBytes, why)).fd >= 0;
 }
 
 bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxBytes, std::string* why)
 {
-    if (!path || !*path)
-        return Refuse(why, "no file name");
-    // Non-blocking, so that opening a FIFO without a writer returns at once.
-    const Descriptor file(open(QorNativePath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const Descriptor file(QorOpenRegularFile(path, maxBytes, why));
     if (file.fd < 0)
-        return Refuse(why, "cannot open the file");
+        return false;
     struct stat info;
-    if (fstat(file.fd, &info) != 0 || !S_ISREG(info.st_mode))
-        return Refuse(why, "not a regular file");
-    if (static_cast<unsigned long long>(info.st_size) > maxBytes)
-        return Refuse(why, "the file is too large");
+    if (fstat(file.fd, &info) != 0)
+        return Refuse(why, "cannot read the file");
     std::string read(static_cast<std::size_t>(info.st_size), '\0');
     std::size_t done = 0;
     while (done < read.size()) {
@@ -92,6 +110,61 @@ bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxB
     read.resize(done);
     content = std::move(read);
     return true;
+}
+
+QorPartialFile::QorPartialFile(const char* destination) : m_destination(QorNativePath(destination))
+{
+    static std::atomic<unsigned> counter{0};
+    m_path = m_destination + ".part-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
+}
+
+QorPartialFile::~QorPartialFile()
+{
+    if (m_written && !m_committed)
+        unlink(m_path.c_str());
+}
+
+bool QorPartialFile::Write(const void* data, std::size_t size, std::string* why)
+{
+    if (m_written || m_destination.empty())
+        return Refuse(why, "nothing to write to");
+    // O_EXCL | O_NOFOLLOW: a file or link planted under the partial name is never written through.
+    Descriptor file(open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (file.fd < 0)
+        return Refuse(why, "cannot be created");
+    m_written = true;
+    const char* bytes = static_cast<const char*>(data);
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t put = ::write(file.fd, bytes + done, size - done);
+        if (put < 0 && errno == EINTR)
+            continue;
+        if (put <= 0)
+            return Refuse(why, errno == EFBIG ? "cannot be written (beyond the file-size limit)"
+                                              : "cannot be written (disk full?)");
+        done += static_cast<std::size_t>(put);
+    }
+    struct stat info;
+    if (fsync(file.fd) != 0 || fstat(file.fd, &info) != 0 || static_cast<std::size_t>(info.st_size) != size)
+        return Refuse(why, "cannot be written (disk full?)");
+    if (close(std::exchange(file.fd, -1)) != 0)
+        return Refuse(why, "cannot be closed");
+    return true;
+}
+
+bool QorPartialFile::Commit(std::string* why)
+{
+    if (!m_written || m_committed)
+        return Refuse(why, "was not written");
+    if (std::rename(m_path.c_str(), m_destination.c_str()) != 0)
+        return Refuse(why, "cannot be renamed into place");
+    m_committed = true;
+    return true;
+}
+
+bool QorWriteFileAtomically(const char* path, const void* data, std::size_t size, std::string* why)
+{
+    QorPartialFile file(path);
+    return file.Write(data, size, why) && file.Commit(why);
 }
 
 namespace {

@@ -91,6 +91,32 @@ bool IsUtf8(const std::string& text)
     }
 }
 
+// Whether arrays and objects nest deeper than `limit` anywhere in the JSON text. Counted
+// before parsing, since the parser's memory and time grow with the nesting: 16 MiB of
+// "[" would take it over a gigabyte.
+bool NestsDeeperThan(const std::string& text, int limit)
+{
+    int depth = 0;
+    bool inString = false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (inString) {
+            if (c == '\\')
+                ++at;
+            else if (c == '"')
+                inString = false;
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > limit)
+                return true;
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return false;
+}
+
 Json FileJson(const QorPackageFile& file)
 {
     char crc[9];
@@ -258,6 +284,8 @@ bool QorPackageManifest::Read(const std::string& text, std::string& error)
 {
     try {
         Reader reader(error);
+        if (NestsDeeperThan(text, kMaxNesting))
+            return reader.Fail("", "nested deeper than " + std::to_string(kMaxNesting) + " levels");
         const Json root = Json::parse(text, nullptr, false);
         if (root.is_discarded() || !root.is_object())
             return reader.Fail("", "not a JSON object");

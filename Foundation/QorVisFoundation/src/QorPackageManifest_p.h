@@ -44,6 +44,9 @@ public:
     /// the bytes of all files and decoded pixels together.
     static constexpr std::size_t kMaxEntries = 65536;
     static constexpr std::uint64_t kMaxTotalBytes = std::uint64_t(1) << 30;
+    /// A manifest nests four levels deep (root, entries, entry, file); deeper ones are
+    /// refused before they are parsed.
+    static constexpr int kMaxNesting = 16;
 
     int version = QorResourceZPKContainer::kPackageVersion;
     QorPackageFile stream;

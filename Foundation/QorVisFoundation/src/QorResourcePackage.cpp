@@ -9,16 +9,16 @@
 #include <zip.h>
 #include <zlib.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <set>
-#include <system_error>
 #include <utility>
 
 namespace {
@@ -55,61 +55,11 @@ std::string Hex8(std::uint32_t value)
     return text;
 }
 
-// A folder of our own under the system's temporary directory, for the PNG files the image
-// library reads and writes; removed with its content. Never named after a resource.
-class PrivateFolder
+struct ZipSourceFreer
 {
-public:
-    PrivateFolder() = default;
-    PrivateFolder(const PrivateFolder&) = delete;
-    PrivateFolder& operator=(const PrivateFolder&) = delete;
-    ~PrivateFolder()
-    {
-        if (!m_path.empty()) {
-            std::error_code ignored;
-            std::filesystem::remove_all(m_path, ignored);
-        }
-    }
-
-    /// The path of the folder's one image file, making the folder at the first call;
-    /// "" when no folder can be made.
-    std::string ImagePath()
-    {
-        if (m_path.empty()) {
-            std::error_code failed;
-            std::string pattern = (std::filesystem::temp_directory_path(failed) / "QorZPK-XXXXXX").string();
-            if (failed || !mkdtemp(pattern.data()))
-                return "";
-            m_path = pattern;
-        }
-        return m_path + "/image.png";
-    }
-
-private:
-    std::string m_path;
+    void operator()(zip_source_t* source) const { zip_source_free(source); }
 };
-
-bool ReadWholeFile(const std::string& path, std::string& bytes)
-{
-    QorFile file(QorFopen(path.c_str(), "rb"));
-    if (!file)
-        return false;
-    bytes.clear();
-    char slice[65536];
-    std::size_t read;
-    while ((read = std::fread(slice, 1, sizeof slice, file.get())) > 0)
-        bytes.append(slice, read);
-    return !std::ferror(file.get());
-}
-
-bool WriteWholeFile(const std::string& path, const std::string& bytes)
-{
-    QorFile file(QorFopen(path.c_str(), "wb"));
-    if (!file)
-        return false;
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    return std::fclose(file.release()) == 0 && written;
-}
+using ZipSource = std::unique_ptr<zip_source_t, ZipSourceFreer>;
 
 // ---- Saving ----
 
@@ -134,8 +84,7 @@ struct PackageFiles
     }
 };
 
-bool DescribeImage(const Entry& entry, PrivateFolder& folder, PackageFiles& files, QorPackageManifestEntry& item,
-                   std::string& error)
+bool DescribeImage(const Entry& entry, PackageFiles& files, QorPackageManifestEntry& item, std::string& error)
 {
     const QorTexturePixelImage* image = entry.image.get();
     if (!image) {
@@ -154,11 +103,10 @@ bool DescribeImage(const Entry& entry, PrivateFolder& folder, PackageFiles& file
         error = "image entry " + std::to_string(entry.id) + " is too large for a package";
         return false;
     }
-    // The PNG goes through the image library like any image file; a floating-point image
-    // gets a viewable 8-bit PNG and its exact values beside it.
-    const std::string png = folder.ImagePath();
+    // The PNG is encoded in memory; a floating-point image gets a viewable 8-bit PNG and
+    // its exact values beside it.
     files.owned.emplace_back();
-    if (png.empty() || image->WriteToFile("PNG", png.c_str()) != 0 || !ReadWholeFile(png, files.owned.back())) {
+    if (!image->Encode("PNG", files.owned.back())) {
         error = "image entry " + std::to_string(entry.id) + " cannot be written as a PNG";
         return false;
     }
@@ -185,7 +133,6 @@ bool DescribePackage(const QorResourceZPKContainer& container, const QorStreamer
 {
     const std::vector<unsigned char>& bytes = stream.GetBytes();
     files.manifest.stream = files.Add(QorPackageManifest::StreamPath(), bytes.data(), bytes.size(), true);
-    PrivateFolder folder;
     for (int id = 0; id < container.GetEntryCount(); ++id) {
         const Entry& entry = *container.GetEntry(id);
         QorPackageManifestEntry item;
@@ -197,7 +144,7 @@ bool DescribePackage(const QorResourceZPKContainer& container, const QorStreamer
             return false;
         }
         if (entry.kind == QorResourceZPKContainer::QorImageEntry) {
-            if (!DescribeImage(entry, folder, files, item, error))
+            if (!DescribeImage(entry, files, item, error))
                 return false;
         } else {
             item.hasSource = entry.hasSource;
@@ -232,6 +179,46 @@ bool AddToArchive(zip_t* archive, const PackageFiles::Item& item, std::string& e
     // PNG data is compressed already.
     if (!item.compress && zip_set_file_compression(archive, static_cast<zip_uint64_t>(index), ZIP_CM_STORE, 0) != 0) {
         error = item.path + ": " + zip_strerror(archive);
+        return false;
+    }
+    return true;
+}
+
+// The archive of the package's files, made in memory: nothing reaches the disk before
+// the whole package is known to be good.
+bool WriteArchive(const PackageFiles& files, std::string& bytes, std::string& error)
+{
+    zip_error_t failure;
+    zip_error_init(&failure);
+    ZipSource source(zip_source_buffer_create(nullptr, 0, 0, &failure));
+    ZipArchive archive(source ? zip_open_from_source(source.get(), ZIP_TRUNCATE, &failure) : nullptr);
+    zip_error_fini(&failure);
+    if (!archive) {
+        error = "cannot make an archive in memory";
+        return false;
+    }
+    // The archive takes the source over; one more reference keeps it for reading back.
+    zip_source_keep(source.get());
+    for (const PackageFiles::Item& item : files.items)
+        if (!AddToArchive(archive.get(), item, error))
+            return false;
+    if (zip_close(archive.get()) != 0) {
+        error = std::string("cannot be written: ") + zip_strerror(archive.get());
+        return false;
+    }
+    archive.release(); // zip_close freed it
+    zip_stat_t info;
+    zip_stat_init(&info);
+    if (zip_source_stat(source.get(), &info) != 0 || !(info.valid & ZIP_STAT_SIZE) ||
+        zip_source_open(source.get()) != 0) {
+        error = "cannot read the archive made in memory";
+        return false;
+    }
+    bytes.resize(info.size);
+    const zip_int64_t read = zip_source_read(source.get(), bytes.data(), bytes.size());
+    zip_source_close(source.get());
+    if (read < 0 || static_cast<zip_uint64_t>(read) != info.size) {
+        error = "cannot read the archive made in memory";
         return false;
     }
     return true;
@@ -394,11 +381,7 @@ private:
             if (floats.IsFailed())
                 return Fail("\"" + item.pixels.path + "\" cannot be read");
         } else {
-            // The image library reads files: the PNG goes to our own folder under a fixed name.
-            const std::string path = m_folder.ImagePath();
-            if (path.empty() || !WriteWholeFile(path, png))
-                return Fail("\"" + item.file.path + "\": no temporary folder to decode it in");
-            image.reset(QorTexturePixelImage::ReadFromFile(path.c_str(), entry.name));
+            image.reset(QorTexturePixelImage::ReadFromMemory(png.data(), png.size(), "PNG", entry.name));
             if (!image)
                 return Fail("\"" + item.file.path + "\" is not a PNG image that can be decoded");
             if (image->GetPixelFormat() != item.format || image->GetWidth() != item.width ||
@@ -457,7 +440,6 @@ private:
     zip_t* m_archive;
     std::string& m_error;
     std::map<std::string, zip_uint64_t> m_indexes;
-    PrivateFolder m_folder;
 };
 
 bool ReadPackage(zip_t* archive, LoadedPackage& package, std::string& error)
@@ -488,7 +470,17 @@ ZipArchive OpenForReading(const char* path, const unsigned char* data, std::size
     int code = ZIP_ER_OK;
     ZipArchive archive;
     if (path) {
-        archive.reset(zip_open(QorNativePath(path).c_str(), ZIP_RDONLY | ZIP_CHECKCONS, &code));
+        // A package holds at most kMaxTotalBytes of files, which a zip archive stores in
+        // about as many bytes; a FIFO or a device is refused without waiting.
+        std::string why;
+        const int fd = QorOpenRegularFile(path, 2 * QorPackageManifest::kMaxTotalBytes, &why);
+        if (fd < 0) {
+            what = "cannot be opened as a zip archive: " + why;
+            return archive;
+        }
+        archive.reset(zip_fdopen(fd, ZIP_RDONLY | ZIP_CHECKCONS, &code));
+        if (!archive)
+            close(fd); // zip_fdopen takes the descriptor over only when it succeeds
     } else {
         zip_error_t failure;
         zip_error_init(&failure);
@@ -518,6 +510,18 @@ void Report(std::string* error, const std::string& label, const std::string& wha
     }
 }
 
+// The loader's full check of the bytes about to be written: a package that could not be
+// read back never replaces an earlier one.
+bool VerifyPackage(const std::string& bytes, std::string& error)
+{
+    QorResourceZPKContainer check;
+    QorStreamer stream;
+    if (check.LoadFromMemory(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), stream, &error) == 0)
+        return true;
+    error = "the package made does not read back (" + error + ")";
+    return false;
+}
+
 } // namespace
 
 int QorResourceZPKContainer::SaveToFile(const char* path, const QorStreamer& stream, std::string* error) const
@@ -534,24 +538,12 @@ int QorResourceZPKContainer::SaveToFile(const char* path, const QorStreamer& str
             Report(error, label, what);
             return -1;
         }
-        // libzip writes nothing until zip_close, which writes a temporary file beside the
-        // destination and renames it over it, removing it on failure.
-        int code = ZIP_ER_OK;
-        ZipArchive archive(zip_open(QorNativePath(path).c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code));
-        if (!archive) {
-            Report(error, label, "cannot be created: " + ZipErrorText(code));
+        std::string bytes;
+        if (!WriteArchive(files, bytes, what) || !VerifyPackage(bytes, what) ||
+            !QorWriteFileAtomically(path, bytes.data(), bytes.size(), &what)) {
+            Report(error, label, what);
             return -1;
         }
-        for (const PackageFiles::Item& item : files.items)
-            if (!AddToArchive(archive.get(), item, what)) {
-                Report(error, label, what);
-                return -1;
-            }
-        if (zip_close(archive.get()) != 0) {
-            Report(error, label, std::string("cannot be written: ") + zip_strerror(archive.get()));
-            return -1;
-        }
-        archive.release(); // zip_close freed it
         return 0;
     } catch (...) {
         Report(error, label, "out of memory");

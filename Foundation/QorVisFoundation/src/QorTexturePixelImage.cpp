@@ -3,6 +3,7 @@
 #include "QorSystem/QorFiles.h"
 #include "QorSystem/QorStrings.h"
 
+#include <OpenImageIO/filesystem.h>
 #include <OpenImageIO/imageio.h>
 
 #include <atomic>
@@ -11,8 +12,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -47,34 +50,38 @@ const char* PluginForWord(const char* word)
     return nullptr;
 }
 
-// A file being written beside its destination; removed unless committed by the rename.
-class PartialFile
+// No texture file comes near this size; larger ones are refused before a decoder sees them.
+constexpr std::uint64_t kMaxImageFileBytes = std::uint64_t{4} << 30;
+
+// A file of our own in the temporary folder, for the formats whose writer cannot write
+// to memory; removed with its content.
+class ScratchFile
 {
 public:
-    explicit PartialFile(const std::string& destination) : m_destination(destination)
+    /// Named with the plugin's name as extension, by which reading it back finds the format.
+    explicit ScratchFile(const std::string& plugin)
     {
-        static std::atomic<unsigned> counter{0};
-        m_path = destination + ".part-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
+        std::error_code failed;
+        const std::string suffix = "." + plugin;
+        std::string pattern = (std::filesystem::temp_directory_path(failed) / ("QorImage-XXXXXX" + suffix)).string();
+        const int fd = failed ? -1 : mkstemps(pattern.data(), static_cast<int>(suffix.size()));
+        if (fd >= 0) {
+            close(fd);
+            m_path = pattern;
+        }
     }
-    ~PartialFile()
+    ~ScratchFile()
     {
-        if (!m_committed)
+        if (!m_path.empty())
             std::remove(m_path.c_str());
     }
-    PartialFile(const PartialFile&) = delete;
-    PartialFile& operator=(const PartialFile&) = delete;
+    ScratchFile(const ScratchFile&) = delete;
+    ScratchFile& operator=(const ScratchFile&) = delete;
 
     const std::string& Path() const { return m_path; }
-    bool Commit()
-    {
-        m_committed = std::rename(m_path.c_str(), m_destination.c_str()) == 0;
-        return m_committed;
-    }
 
 private:
-    std::string m_destination;
     std::string m_path;
-    bool m_committed = false;
 };
 
 // The pixels rearranged to `colour` colour channels (1 or 3) plus an optional alpha.
@@ -174,16 +181,18 @@ QorTexturePixelImage* QorTexturePixelImage::Create(const QorString& name, QorPix
     }
 }
 
-QorTexturePixelImage* QorTexturePixelImage::ReadFromFile(const char* path, const QorString& name)
+QorTexturePixelImage* QorTexturePixelImage::Decode(const std::string& path, void* proxy, const QorString& name)
 {
-    if (!path || !*path)
-        return nullptr;
     try {
         // Texture pixels are straight (unassociated) alpha: the bytes are taken as stored,
         // never premultiplied on the way in.
         FileLayout config;
         config.attribute("oiio:UnassociatedAlpha", 1);
-        auto input = OIIO::ImageInput::open(QorNativePath(path), &config);
+        // The image library takes a proxy through this attribute (its open() argument for
+        // one is ignored here).
+        if (proxy)
+            config.attribute("oiio:ioproxy", OIIO::TypeDesc::PTR, &proxy);
+        auto input = OIIO::ImageInput::open(path, &config);
         if (!input) {
             OIIO::geterror(); // consumed so it does not linger for the next caller
             return nullptr;
@@ -216,13 +225,31 @@ QorTexturePixelImage* QorTexturePixelImage::ReadFromFile(const char* path, const
     }
 }
 
-int QorTexturePixelImage::WriteToFile(const char* formatName, const char* path) const
+QorTexturePixelImage* QorTexturePixelImage::ReadFromFile(const char* path, const QorString& name)
+{
+    // A FIFO or a device named as a texture must neither hang the reader nor fill its memory.
+    if (!QorIsRegularFile(path, kMaxImageFileBytes))
+        return nullptr;
+    return Decode(QorNativePath(path), nullptr, name);
+}
+
+QorTexturePixelImage* QorTexturePixelImage::ReadFromMemory(const void* data, std::size_t size,
+                                                           const char* formatName, const QorString& name)
 {
     const char* plugin = PluginForWord(formatName);
-    if (!plugin || !path || !*path)
-        return -1;
+    if (!data || !plugin)
+        return nullptr;
+    OIIO::Filesystem::IOMemReader proxy(data, size);
+    // The name only tells the image library which reader to take.
+    return Decode(std::string("memory.") + plugin, &proxy, name);
+}
+
+bool QorTexturePixelImage::Encode(const char* formatName, std::string& bytes) const
+{
+    const char* plugin = PluginForWord(formatName);
+    if (!plugin)
+        return false;
     try {
-        PartialFile file(QorNativePath(path));
         const unsigned channels = GetChannelCount(m_format);
         const bool hasAlpha = channels == 2 || channels == 4;
         const unsigned colour = hasAlpha ? channels - 1 : channels;
@@ -238,7 +265,7 @@ int QorTexturePixelImage::WriteToFile(const char* formatName, const char* path) 
             auto output = OIIO::ImageOutput::create(plugin);
             if (!output) {
                 OIIO::geterror();
-                return -1;
+                return false;
             }
             const bool alpha = hasAlpha && output->supports("alpha");
             const unsigned outChannels = outColour + (alpha ? 1 : 0);
@@ -248,8 +275,20 @@ int QorTexturePixelImage::WriteToFile(const char* formatName, const char* path) 
             layout.alpha_channel = alpha ? static_cast<int>(outChannels) - 1 : -1;
             if (alpha)
                 layout.attribute("oiio:UnassociatedAlpha", 1); // straight alpha, written unchanged
-            if (!output->open(file.Path(), layout)) {
+            // In memory where the writer can: the image library then never meets a full
+            // disk (it reports that as success, or ends the process).
+            std::vector<unsigned char> memory;
+            OIIO::Filesystem::IOVecOutput proxy(memory);
+            const bool inMemory = output->supports("ioproxy") && output->set_ioproxy(&proxy);
+            std::optional<ScratchFile> scratch;
+            if (!inMemory && scratch.emplace(plugin).Path().empty())
+                return false;
+            if (!output->open(inMemory ? std::string("memory.") + plugin : scratch->Path(), layout)) {
                 output->geterror();
+                // A writer that failed to open still closes its proxy when destroyed, and
+                // the WebP writer then frees what it never made.
+                if (inMemory)
+                    output->set_ioproxy(nullptr);
                 continue;
             }
             std::vector<unsigned char> rearranged;
@@ -262,13 +301,41 @@ int QorTexturePixelImage::WriteToFile(const char* formatName, const char* path) 
             written = output->close() && written;
             output->geterror(); // libtiff reports harmless warnings here even on success
             output.reset();
-            return written && file.Commit() ? 0 : -1;
+            if (!written)
+                return false;
+            if (inMemory) {
+                bytes.assign(memory.begin(), memory.end());
+                return true;
+            }
+            return ReadBackScratch(scratch->Path(), data, outChannels, bytes);
         }
-        return -1;
+        return false;
     } catch (...) {
-        // The partial file has been removed by its guard; nothing escapes to the caller.
-        return -1;
+        // Out of memory, or a throw from the image library: no bytes.
+        return false;
     }
+}
+
+bool QorTexturePixelImage::ReadBackScratch(const std::string& path, const unsigned char* pixels, unsigned channels,
+                                           std::string& bytes) const
+{
+    // The writer does not report a failed write: the file counts only when it decodes
+    // whole, to the same size and (for 8-bit pixels) to the very bytes written.
+    Ptr decoded(ReadFromFile(path.c_str(), m_name));
+    if (!decoded || decoded->m_width != m_width || decoded->m_height != m_height)
+        return false;
+    if (!IsFloatFormat() && (GetChannelCount(decoded->m_format) != channels ||
+                             std::memcmp(decoded->m_pixels.get(), pixels, decoded->m_byteCount) != 0))
+        return false;
+    return QorReadRegularFile(path.c_str(), bytes, kMaxImageFileBytes);
+}
+
+int QorTexturePixelImage::WriteToFile(const char* formatName, const char* path) const
+{
+    std::string bytes;
+    if (!path || !*path || !Encode(formatName, bytes))
+        return -1;
+    return QorWriteFileAtomically(path, bytes.data(), bytes.size()) ? 0 : -1;
 }
 
 unsigned int QorTexturePixelImage::AddRef()

@@ -10,6 +10,7 @@
 #include "QorSystem/QorString.h"
 #include "QorSystem/QorUnicodeString.h"
 
+#include <cstddef>
 #include <initializer_list>
 
 namespace QorShaderSearch {
@@ -34,8 +35,17 @@ bool IsFileInclude(const char* name, std::initializer_list<const char*> suffixes
 /// last candidate tested (`name` itself when no directory was tried).
 bool FindIncludeFile(const char* name, const char* relative, QorString& found, QorString* lastTried = nullptr);
 
-/// Replaces `text` with the file's content, read in text mode in chunks of at most
-/// 255 bytes. False (and `text` untouched) when the file cannot be opened.
+/// FindIncludeFile without trying the name as it stands: only
+/// "<entry>\shaders\<relative>" over "QorGraphicPath", then over "QorStartupPath".
+bool FindIncludeOnSearchPaths(const char* relative, QorString& found, QorString* lastTried = nullptr);
+
+/// The most bytes an effect or include file may have; no real one comes near it.
+constexpr std::size_t kMaxSourceBytes = 16u << 20;
+
+/// Replaces `text` with the file's content, up to its first NUL byte. False (and `text`
+/// untouched) when the file cannot be read, is not a regular file (a FIFO, a device or a
+/// folder, which could hang the caller or fill its memory) or has more than
+/// kMaxSourceBytes.
 bool ReadSource(const QorString& path, QorUnicodeString& text);
 
 } // namespace QorShaderSearch

@@ -458,6 +458,8 @@ TEST(QorResourcePackageTest, MissingExtraOrCorruptPartsAreRefusedAndTheContainer
         {"same size, other bytes",
          [](PackageEditor& e) { e.Put("stream.bin", e.Read("stream.bin").replace(0, 1, "x")); },
          "\"stream.bin\" has checksum"},
+        {"a manifest of 1 MiB of \"[\"", [](PackageEditor& e) { e.Put("manifest.json", std::string(1 << 20, '[')); },
+         "manifest: nested deeper than 16 levels"},
         {"a wrong checksum", [](PackageEditor& e) {
              e.EditManifest([](Json& m) { m["entries"][8]["file"]["crc32"] = "00000000"; });
          }, "\"effects/8.cgfx\" has checksum"},

@@ -18,5 +18,6 @@ using QorDiagnosticSink = std::function<void(const char* message, const char* so
 void CheckFailure__(const char* message, const char* source, int line);
 
 /// Installs a sink for the whole process and returns the previous one.
-/// An empty function restores the default stderr sink.
+/// An empty function restores the default stderr sink. Safe while other threads report:
+/// a report that began with the previous sink finishes with it.
 QorDiagnosticSink QorSetDiagnosticSink(QorDiagnosticSink sink);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -27,9 +28,15 @@ struct QorFileCloser
 /// An open C stream closed when it goes out of scope.
 using QorFile = std::unique_ptr<FILE, QorFileCloser>;
 
-/// True when the path names a regular file (not a FIFO, a device or a folder): the files
-/// the framework opens for reading must be such, or opening them could wait forever.
-bool QorIsRegularFile(const char* path);
+/// Opens a regular file of at most `maxBytes` bytes for reading and returns its descriptor,
+/// which the caller closes; -1, with `why` (when given) saying what was wrong, for a FIFO,
+/// a device, a folder, a larger file or one that cannot be opened. Never waits: a FIFO
+/// without a writer is refused at once.
+int QorOpenRegularFile(const char* path, std::uint64_t maxBytes, std::string* why = nullptr);
+
+/// Whether QorOpenRegularFile would open the file; for callers whose third-party reader
+/// opens the file by name.
+bool QorIsRegularFile(const char* path, std::uint64_t maxBytes, std::string* why = nullptr);
 
 /// Reads a whole regular file of at most `maxBytes` bytes into `content`. A FIFO, a device,
 /// a folder or a larger file is refused without waiting or reading on, so that a special
@@ -37,6 +44,36 @@ bool QorIsRegularFile(const char* path);
 /// False, with `content` untouched and `why` (when given) saying what was wrong, on any
 /// refusal or read error.
 bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxBytes, std::string* why = nullptr);
+
+/// A file written beside its destination and renamed over it, so that the destination
+/// only ever holds a complete file: a failed write leaves any earlier file as it was.
+/// The partial file is removed unless committed.
+class QorPartialFile
+{
+public:
+    explicit QorPartialFile(const char* destination);
+    ~QorPartialFile();
+    QorPartialFile(const QorPartialFile&) = delete;
+    QorPartialFile& operator=(const QorPartialFile&) = delete;
+
+    /// Writes the bytes into a new file beside the destination, made for this write only
+    /// (never through an existing file or link). A full disk or a file-size limit must not
+    /// pass for success, so every write, the flush to the disk, the close and the
+    /// resulting size are checked. False, with `why`, on any failure.
+    bool Write(const void* data, std::size_t size, std::string* why = nullptr);
+    /// Renames the written file over the destination; a link there is replaced, not
+    /// followed. False, with `why`, when nothing was written or the rename fails.
+    bool Commit(std::string* why = nullptr);
+
+private:
+    std::string m_destination;
+    std::string m_path;
+    bool m_written = false;
+    bool m_committed = false;
+};
+
+/// QorPartialFile's Write and Commit in one call.
+bool QorWriteFileAtomically(const char* path, const void* data, std::size_t size, std::string* why = nullptr);
 
 /// Creates the directory and any missing parents. Returns 0 when it exists afterwards,
 /// -1 when it cannot be made, when a component is "..", or when the path is empty.

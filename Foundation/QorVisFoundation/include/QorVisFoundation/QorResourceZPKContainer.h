@@ -93,14 +93,17 @@ public:
     static constexpr int kPackageVersion = 1;
 
     /// Writes the entries and every byte of `stream` (whatever has been read of it) as a
-    /// ".zpk" package at `path`, which may use the framework's "\". The file appears only
-    /// complete: it is written beside the destination and renamed over it. Returns 0, or
+    /// ".zpk" package at `path`, which may use the framework's "\". The package is made in
+    /// memory and read back through LoadFromMemory's checks before anything is written; the
+    /// file appears only complete: it is written beside the destination, every write
+    /// checked (a full disk fails the save), and renamed over it. Returns 0, or
     /// -1 with the reason in `*error` (when error is not null); a failed save leaves no
     /// partial file and any earlier file at `path` as it was. Image entries must be named
     /// by something ending in a file name (not "", "." or ".."), since readers cache them
     /// under that file name.
     int SaveToFile(const char* path, const QorStreamer& stream, std::string* error) const;
-    /// Loads a package written by SaveToFile. Every entry, size, checksum and image is
+    /// Loads a package written by SaveToFile, from a regular file of at most 2 GiB (a FIFO
+    /// or a device is refused without waiting). Every entry, size, checksum and image is
     /// checked before anything is used. On success returns 0: the container's entries are
     /// the package's (earlier entries and their images are released; effect objects handed
     /// out and images GetImage gave stay valid), and `stream` holds the package's stream

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 /// Pixel layouts. The 8-bit formats are numbered by their channel count; the two
 /// floating-point formats hold native 32-bit floats per channel.
@@ -49,8 +50,13 @@ public:
     /// QorPixelRGBAFloat with their values unchanged; floating-point files with one or two
     /// channels, and integer files deeper than 8 bits, are converted to 8 bits (values
     /// clamped to 0..1 and scaled). Owned by the caller (count 1); null when the file is
-    /// missing, cannot be decoded, or its decoder reports an error (a file cut short).
+    /// missing, is not a regular file (a FIFO or a device is refused without waiting), has
+    /// more than 4 GiB, cannot be decoded, or its decoder reports an error (a file cut short).
     static QorTexturePixelImage* ReadFromFile(const char* path, const QorString& name);
+    /// ReadFromFile for the `size` bytes at `data` of a file in the format `formatName`
+    /// names (the words of WriteToFile).
+    static QorTexturePixelImage* ReadFromMemory(const void* data, std::size_t size, const char* formatName,
+                                                const QorString& name);
 
     unsigned int AddRef();
     /// Returns the count left; 0 means the image is gone.
@@ -80,9 +86,13 @@ public:
     /// (case ignored); any other word fails. Channels a format cannot hold
     /// are adapted: alpha is dropped where the format has none, luminance is widened to
     /// RGB where the format needs colour. The file appears only complete: it is written
-    /// beside the destination and renamed over it. Returns 0, or -1 on failure, in which
-    /// case any file already at the path is left as it was.
+    /// beside the destination and renamed over it, with every write checked (a full disk
+    /// fails the call). Returns 0, or -1 on failure, in which case any file already at the
+    /// path is left as it was.
     int WriteToFile(const char* formatName, const char* path) const;
+    /// The bytes of the file WriteToFile would write; false (and `bytes` unspecified) when
+    /// the format is unknown or the image cannot be encoded.
+    bool Encode(const char* formatName, std::string& bytes) const;
 
     /// The newest image of that name in the process-wide list, borrowed; null when absent.
     static QorTexturePixelImage* GetImageFromList(const QorString& name);
@@ -114,6 +124,12 @@ private:
 
     QorTexturePixelImage(const QorString& name, QorPixelImageFormat format, unsigned width, unsigned height,
                          std::size_t byteCount, unsigned char* pixels);
+    /// Decodes the file at `path`, or the bytes of `proxy` (an OpenImageIO IOProxy) when
+    /// not null, whose format `path`'s extension then names.
+    static QorTexturePixelImage* Decode(const std::string& path, void* proxy, const QorString& name);
+    /// Encode's check of a file written where the writer cannot write to memory.
+    bool ReadBackScratch(const std::string& path, const unsigned char* pixels, unsigned channels,
+                         std::string& bytes) const;
 
     QorString m_name;
     QorPixelImageFormat m_format;
