@@ -1,32 +1,12 @@
 // qorfx render under a virtual display: what the picture shows.
+#include "QorfxPicture.h"
 #include "QorfxRun.h"
-
-#include "QorVisFoundation/QorTexturePixelImage.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <array>
 #include <sys/stat.h>
 
-namespace {
-
-struct Picture
-{
-    QorTexturePixelImage::Ptr image;
-    std::array<int, 3> At(unsigned x, unsigned y) const
-    {
-        const unsigned char* p = image->GetPixels() + (static_cast<size_t>(y) * image->GetWidth() + x) * image->GetBytesPerPixel();
-        return {p[0], p[1], p[2]};
-    }
-};
-
-Picture Read(const std::string& path)
-{
-    return {QorTexturePixelImage::Ptr(QorTexturePixelImage::ReadFromFile(path.c_str(), QorString(path.c_str())))};
-}
-
-} // namespace
 
 TEST(QorfxGLTest, RenderShowsTheMaterialAndFollowsSet)
 {
@@ -128,25 +108,6 @@ TEST(QorfxGLTest, AMaterialThatCannotBeDrawnGetsACrossedTileAndTheOthersAreDrawn
     EXPECT_GT(plastic[0], 100) << "the materials around it are drawn";
 }
 
-namespace {
-
-// The mean absolute difference of each colour channel, as a fraction of full scale.
-std::array<double, 3> MeanDifference(const Picture& a, const Picture& b)
-{
-    std::array<double, 3> sums = {0, 0, 0};
-    const unsigned width = a.image->GetWidth(), height = a.image->GetHeight();
-    for (unsigned y = 0; y < height; ++y)
-        for (unsigned x = 0; x < width; ++x) {
-            const auto p = a.At(x, y), q = b.At(x, y);
-            for (int channel = 0; channel < 3; ++channel)
-                sums[channel] += std::abs(p[channel] - q[channel]);
-        }
-    for (double& sum : sums)
-        sum /= 255.0 * width * height;
-    return sums;
-}
-
-} // namespace
 
 TEST(QorfxGLTest, EachGlslTwinLooksLikeItsCgFXOriginal)
 {

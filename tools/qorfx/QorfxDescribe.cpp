@@ -6,30 +6,11 @@
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 using nlohmann::json;
 
 namespace {
-
-json ValueOf(QorIShader& shader, int index, int type)
-{
-    if (type == QorValueFloat) {
-        float value = 0;
-        shader.GetParameterFloat(index, &value);
-        return value;
-    }
-    if (type == QorValueTexture) {
-        char file[QorMaxParameterStringLength] = {};
-        shader.GetParameterString(index, file);
-        return file[0] ? json(file) : json(nullptr);
-    }
-    // Read from the set: a GLSL shader object answers a colour not yet pushed to its
-    // effect without writing it.
-    float rgba[4] = {};
-    if (QorIShaderParameters* parameters = shader.GetIShaderParameters())
-        parameters->GetColorValue(index, rgba, 0);
-    return json(std::vector<float>(rgba, rgba + QorColorComponentCount(type)));
-}
 
 json Parameters(QorfxMaterial& material)
 {
@@ -38,7 +19,8 @@ json Parameters(QorfxMaterial& material)
     for (int index = 1; index < shader.GetNbParameters(); ++index) {
         const int type = shader.GetParameterType(index);
         json entry = {{"index", index}, {"name", shader.GetParameterName(index)}, {"type", type}};
-        entry["value"] = ValueOf(shader, index, type);
+        QorIShaderParameters* values = shader.GetIShaderParameters();
+        entry["value"] = values ? QorfxValueJson(*values, index, type) : json(nullptr);
         float min = 0, max = 0, step = 0;
         if (shader.GetParameterFloatMinMaxStep(index, min, max, step, nullptr, nullptr) == 1) {
             entry["min"] = min;
@@ -68,7 +50,40 @@ std::string Text(const json& value)
     return number;
 }
 
+// The float as the shortest decimal that reads back as the same float: 0.2f is 0.2, not
+// the double nearest to it (0.20000000298023224).
+json FloatJson(float value)
+{
+    char text[32];
+    for (int digits = 6; digits < 10; ++digits) {
+        std::snprintf(text, sizeof text, "%.*g", digits, value);
+        if (std::strtof(text, nullptr) == value)
+            break;
+    }
+    return std::strtod(text, nullptr);
+}
+
 } // namespace
+
+json QorfxValueJson(QorIShaderParameters& parameters, int index, int type)
+{
+    if (type == QorValueFloat) {
+        float value = 0;
+        parameters.GetFloatValue(index, &value, 0);
+        return FloatJson(value);
+    }
+    if (type == QorValueTexture) {
+        char* file = nullptr;
+        parameters.GetTextureValue(index, &file, 0);
+        return file && *file ? json(file) : json(nullptr);
+    }
+    float rgba[4] = {};
+    parameters.GetColorValue(index, rgba, 0);
+    json components = json::array();
+    for (int i = 0; i < QorColorComponentCount(type); ++i)
+        components.push_back(FloatJson(rgba[i]));
+    return components;
+}
 
 json QorfxDescribe(QorfxMaterial& material, bool validate)
 {

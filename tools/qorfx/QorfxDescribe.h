@@ -8,9 +8,14 @@
 #include <string>
 
 class QorfxMaterial;
+class QorIShaderParameters;
 
 /// `validate`: check each technique in the current GL context (null when there is none).
 nlohmann::json QorfxDescribe(QorfxMaterial& material, bool validate);
+
+/// The value at `index` of a parameter set, whose type code is `type`: a number, an
+/// array of a colour's components, or a texture's file name (null when none).
+nlohmann::json QorfxValueJson(QorIShaderParameters& parameters, int index, int type);
 
 /// The document's JSON text. Names and annotations are the effect's bytes, which need
 /// not be UTF-8: bytes that are not become U+FFFD, so the text is always valid JSON.

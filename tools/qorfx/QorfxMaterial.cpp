@@ -4,6 +4,7 @@
 #include "QorSystem/QorFiles.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
+#include "QorfxDocument.h"
 #include "QorfxIncludes.h"
 
 #include "QorVisShaders/QorShaderFiles.h"
@@ -125,6 +126,17 @@ QorIShader* NewShader(const std::string& path, QorfxLoadProblem& problem)
     return shader;
 }
 
+// The effect is named to the library as a renderer of the framework names it: as given,
+// with "\" between folders. Packages keep that name, and migration finds the GLSL twin
+// of a stored name by what follows its last "\", along the search paths.
+std::string FrameworkName(std::string path)
+{
+    for (char& c : path)
+        if (c == '/')
+            c = '\\';
+    return path;
+}
+
 } // namespace
 
 void QorfxRemoveStaleTempFolders()
@@ -189,7 +201,7 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, Qorf
     material->m_folder = file.parent_path().string() + "/";
     QorfxAddSearchFolders(material->m_file);
     const bool compiled = material->Compile(path, problem, [&] {
-        shader->SetFileName(QorString(material->m_file.c_str()));
+        shader->SetFileName(QorString(FrameworkName(path).c_str()));
         return shader->HasEffect() && shader->GenerateParameters();
     });
     return compiled ? std::move(material) : nullptr;
@@ -197,25 +209,19 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, Qorf
 
 std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadPackage(const std::string& path, QorfxLoadProblem& problem)
 {
-    QorResourceZPKContainer container;
-    QorStreamer stream;
-    std::string reason;
-    if (container.LoadFromFile(path.c_str(), stream, &reason) != 0) {
-        problem = {"package", reason, ""}; // the reason names the file already
+    QorfxDocument document;
+    if (!document.Read(path, QorShaderManager::GetShaderVersion(), problem))
         return nullptr;
-    }
-    QorIShader* shader = NewShader(path, problem);
-    if (!shader)
-        return nullptr;
-    auto material = std::make_unique<QorfxMaterial>(shader, fs::path(path).stem().string());
-    material->m_file = path;
-    const bool compiled = material->Compile(path, problem, [&] {
-        shader->UnStream(stream);
-        // The document's reading ends here: a GLSL-effect shader is migrated now.
-        stream.FinishReading();
-        return !stream.IsFailed() && shader->GetNbParameters() > 0;
-    });
-    return compiled ? std::move(material) : nullptr;
+    problem = document.Problem(0);
+    return document.TakeMaterial(0);
+}
+
+std::unique_ptr<QorfxMaterial> QorfxMaterial::Adopt(QorIShader* shader, std::string name, const std::string& file,
+                                                    QorfxLoadProblem& problem, const std::function<bool()>& attach)
+{
+    auto material = std::make_unique<QorfxMaterial>(shader, std::move(name));
+    material->m_file = file;
+    return material->Compile(file, problem, attach) ? std::move(material) : nullptr;
 }
 
 std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadAny(const std::string& path, QorfxLoadProblem& problem)

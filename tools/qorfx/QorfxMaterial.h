@@ -35,6 +35,11 @@ public:
     static std::unique_ptr<QorfxMaterial> LoadPackage(const std::string& path, QorfxLoadProblem& problem);
     /// Either of the above, by the file's extension.
     static std::unique_ptr<QorfxMaterial> LoadAny(const std::string& path, QorfxLoadProblem& problem);
+    /// A material over `shader` (owned from now on, also on failure) whose effect comes
+    /// from `attach`, as the shader's implementation needs it loaded; `file` is where it
+    /// was read from. Null with `problem` filled when the effect does not come.
+    static std::unique_ptr<QorfxMaterial> Adopt(QorIShader* shader, std::string name, const std::string& file,
+                                                QorfxLoadProblem& problem, const std::function<bool()>& attach);
     QorfxMaterial(QorIShader* shader, std::string name);
     ~QorfxMaterial();
     QorfxMaterial(const QorfxMaterial&) = delete;

@@ -1,15 +1,19 @@
 #include "QorfxPack.h"
 
 #include "QorfxDescribe.h"
+#include "QorfxDocument.h"
 #include "QorfxMaterial.h"
 #include "QorfxTextures.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
 
 #include "QorSystem/QorFiles.h"
+#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <set>
 #include <utility>
@@ -129,39 +133,55 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
     return 0;
 }
 
+int QorfxWriteUnpacked(const std::string& folder, const QorResourceZPKContainer& package, nlohmann::json description,
+                       bool sources)
+{
+    std::set<std::string> taken{"material.json"};
+    std::vector<std::pair<std::string, std::string>> files;
+    std::map<std::string, std::string> writtenImages; // a texture's file name -> its PNG here
+    for (int id = 0; id < package.GetEntryCount(); ++id) {
+        const QorResourceZPKContainer::Entry* entry = package.GetEntry(id);
+        const std::string name = SafeFileName(entry->name.c_str(), "resource" + std::to_string(id));
+        if (entry->kind == QorResourceZPKContainer::QorEffectEntry) {
+            if (sources)
+                files.emplace_back(UniqueName(taken, name), entry->source);
+        } else if (entry->image) {
+            std::string png;
+            if (!entry->image->Encode("PNG", png))
+                return Fail(name + ": cannot encode the image as PNG");
+            files.emplace_back(UniqueName(taken, fs::path(name).stem().string() + ".png"), std::move(png));
+            writtenImages.emplace(name, files.back().first);
+        }
+    }
+    // Texture values name where the package's images were read from (a cache that goes
+    // with the process); in the folder they are the PNGs beside material.json.
+    for (nlohmann::json& parameter : description["parameters"]) {
+        const nlohmann::json& value = parameter["value"];
+        const auto written = value.is_string() ? writtenImages.find(SafeFileName(value.get<std::string>(), ""))
+                                               : writtenImages.end();
+        if (parameter["type"] == QorValueTexture && written != writtenImages.end())
+            parameter["value"] = written->second;
+    }
+    files.emplace_back("material.json", QorfxJsonText(description) + "\n");
+    return WriteAll(folder, files);
+}
+
 int QorfxUnpack(const std::string& package, const std::string& folder)
 {
     if (folder.empty()) {
         std::fprintf(stderr, "qorfx: -C takes a folder, not \"\"\n");
         return 2;
     }
-    std::string error;
-    QorResourceZPKContainer container;
-    QorStreamer stream;
-    if (container.LoadFromFile(package.c_str(), stream, &error) != 0)
-        return Fail(error);
     // Everything is made before anything is written, so that a package that loads but
     // fails later leaves nothing behind.
+    QorfxDocument document;
     QorfxLoadProblem problem;
-    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadPackage(package, problem);
-    if (!material) {
+    const bool read = document.Read(package, QorShaderManager::GetShaderVersion(), problem);
+    if (read && !document.Material(0))
+        problem = document.Problem(0);
+    if (!read || !document.Material(0)) {
         std::fputs(problem.details.c_str(), stderr);
         return Fail(problem.message);
     }
-    std::set<std::string> taken{"material.json"};
-    std::vector<std::pair<std::string, std::string>> files;
-    for (int id = 0; id < container.GetEntryCount(); ++id) {
-        const QorResourceZPKContainer::Entry* entry = container.GetEntry(id);
-        const std::string name = SafeFileName(entry->name.c_str(), "resource" + std::to_string(id));
-        if (entry->kind == QorResourceZPKContainer::QorEffectEntry) {
-            files.emplace_back(UniqueName(taken, name), entry->source);
-        } else if (entry->image) {
-            std::string png;
-            if (!entry->image->Encode("PNG", png))
-                return Fail(name + ": cannot encode the image as PNG");
-            files.emplace_back(UniqueName(taken, fs::path(name).stem().string() + ".png"), std::move(png));
-        }
-    }
-    files.emplace_back("material.json", QorfxJsonText(QorfxDescribe(*material, false)) + "\n");
-    return WriteAll(folder, files);
+    return QorfxWriteUnpacked(folder, document.Package(), QorfxDescribe(*document.Material(0), false), true);
 }

@@ -4,11 +4,22 @@
 #pragma once
 
 #include <string>
+
+#include <nlohmann/json.hpp>
+
+class QorResourceZPKContainer;
 #include <vector>
 
 /// Packs `effect` with the `sets` (NAME=VALUE) applied; returns the exit code.
 int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, const std::string& output);
 
 /// Unpacks `package` into `folder`: the effect source, each texture as a PNG and
-/// "material.json" with the values. Returns the exit code.
+/// "material.json" with the values (texture values name the PNGs). Returns the exit code.
 int QorfxUnpack(const std::string& package, const std::string& folder);
+
+/// Writes what unpack writes for a material read from `package` into `folder`, all files
+/// or none: the effect sources (when `sources`), each texture as a PNG and
+/// "material.json", the material's `description` with texture values naming those PNGs.
+/// Returns the exit code.
+int QorfxWriteUnpacked(const std::string& folder, const QorResourceZPKContainer& package, nlohmann::json description,
+                       bool sources);

@@ -151,14 +151,9 @@ private:
     std::vector<unsigned char> m_pixels;
 };
 
-std::string FormatOf(const std::string& output)
-{
-    return QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(output.c_str())).c_str();
-}
-
 } // namespace
 
-int QorfxRender(const std::vector<std::string>& inputs, const std::string& output, const QorfxRenderOptions& options)
+int QorfxRenderTiles(const std::vector<QorfxTile>& inputs, const std::string& output, const QorfxRenderOptions& options)
 {
     unsigned int code = 0;
     if (!QorfxLightCode(options.lights, code)) {
@@ -170,7 +165,7 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         Report("--mesh takes quad, cube or sphere, not \"" + options.mesh + "\"");
         return 2;
     }
-    const std::string format = FormatOf(output);
+    const std::string format = QorfxImageFormat(output);
     if (format.empty()) {
         Report(output + ": the output needs an image extension such as .png");
         return 2;
@@ -199,9 +194,9 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
     int failures = 0;
     for (size_t i = 0; i < inputs.size(); ++i) {
         if (inputs.size() > 4)
-            std::fprintf(stderr, "qorfx: rendering %zu/%zu %s\n", i + 1, inputs.size(), inputs[i].c_str());
+            std::fprintf(stderr, "qorfx: rendering %zu/%zu %s\n", i + 1, inputs.size(), inputs[i].label.c_str());
         QorfxLoadProblem loading;
-        std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(inputs[i], loading);
+        std::unique_ptr<QorfxMaterial> material = inputs[i].load(loading);
         std::string usage;
         if (material && !(usage = TechniqueProblem(*material, options.technique)).empty()) {
             Report(usage);
@@ -211,8 +206,7 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         }
         const DrawFailure failure =
             material ? DrawMaterial(*material, options, view, mesh, skyTexture) : DrawFailure{loading.word, loading.message};
-        // The extension stays: a sheet may show a CgFX material beside its GLSL twin.
-        const std::string label = std::filesystem::path(inputs[i]).filename().string();
+        const std::string& label = inputs[i].label;
         if (failure.word.empty()) {
             sheet.Place(i, context.ReadPixels(), label);
         } else {
@@ -249,4 +243,19 @@ int QorfxRender(const std::vector<std::string>& inputs, const std::string& outpu
         Report(std::to_string(failures) + " of " + std::to_string(inputs.size()) +
                " materials could not be drawn; their tiles are crossed");
     return failures > 0 ? 1 : 0;
+}
+
+std::string QorfxImageFormat(const std::string& output)
+{
+    return QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(output.c_str())).c_str();
+}
+
+int QorfxRender(const std::vector<std::string>& inputs, const std::string& output, const QorfxRenderOptions& options)
+{
+    std::vector<QorfxTile> tiles;
+    for (const std::string& input : inputs)
+        // The extension stays in the label: a sheet may show a CgFX material beside its GLSL twin.
+        tiles.push_back({std::filesystem::path(input).filename().string(),
+                         [input](QorfxLoadProblem& problem) { return QorfxMaterial::Load(input, problem); }});
+    return QorfxRenderTiles(tiles, output, options);
 }

@@ -2,6 +2,7 @@
 // it travels with its textures, on the same library code a renderer calls.
 #include "QorfxDescribe.h"
 #include "QorfxMaterial.h"
+#include "QorfxMigrate.h"
 #include "QorfxPack.h"
 #include "QorfxRender.h"
 #include "QorfxSgi.h"
@@ -74,6 +75,20 @@ int Inspect(const std::string& file, bool json)
     return 0;
 }
 
+bool ParseSize(const std::string& size, QorfxRenderOptions& options)
+{
+    int width = 0, height = 0;
+    char extra = 0;
+    if (std::sscanf(size.c_str(), "%dx%d%c", &width, &height, &extra) != 2 || width < 1 || height < 1 ||
+        width > 4096 || height > 4096) {
+        std::fprintf(stderr, "qorfx: --size takes WxH with each side from 1 to 4096, not \"%s\"\n", size.c_str());
+        return false;
+    }
+    options.width = width;
+    options.height = height;
+    return true;
+}
+
 int Run(int argc, char** argv)
 {
     QorfxRemoveStaleTempFolders();
@@ -116,6 +131,17 @@ int Run(int argc, char** argv)
     unpack->add_option("package", unpackInput, "The .zpk document")->required();
     unpack->add_option("-C,--directory", unpackFolder, "Folder to write into")->required();
 
+    std::vector<std::string> migrateInputs;
+    std::string previewSize = "128x128";
+    QorfxMigrateOptions migration;
+    CLI::App* migrate =
+        app.add_subcommand("migrate", "Move CgFX-era .zpk documents to the GLSL twins of their effects, and report");
+    migrate->add_option("documents", migrateInputs, "The .zpk documents (never changed)")->required();
+    migrate->add_option("-o,--output", migration.folder, "Folder to write each migrated material into, as unpack does");
+    migrate->add_flag("--json", migration.json, "Print the report as JSON");
+    migrate->add_option("--preview", migration.preview, "Contact sheet of each material before and after");
+    migrate->add_option("--size", previewSize, "Tile size WxH of the preview (1 to 4096 each)");
+
     std::string sgiInput, sgiOutput;
     CLI::App* sgi = app.add_subcommand("sgi", "Convert an SGI image through the library's reader");
     sgi->add_option("file", sgiInput, "SGI image")->required();
@@ -139,15 +165,16 @@ int Run(int argc, char** argv)
     if (*unpack)
         return QorfxUnpack(unpackInput, unpackFolder);
 
-    int width = 0, height = 0;
-    char extra = 0;
-    if (std::sscanf(size.c_str(), "%dx%d%c", &width, &height, &extra) != 2 || width < 1 || height < 1 ||
-        width > 4096 || height > 4096) {
-        std::fprintf(stderr, "qorfx: --size takes WxH with each side from 1 to 4096, not \"%s\"\n", size.c_str());
-        return 2;
+    if (*migrate) {
+        if (*migrate->get_option("-o") && migration.folder.empty()) {
+            std::fprintf(stderr, "qorfx: -o takes a folder, not \"\"\n");
+            return 2;
+        }
+        return ParseSize(previewSize, migration.render) ? QorfxMigrate(migrateInputs, migration) : 2;
     }
-    options.width = width;
-    options.height = height;
+
+    if (!ParseSize(size, options))
+        return 2;
     options.lights.clear();
     std::istringstream kinds(lights);
     for (std::string kind; std::getline(kinds, kind, ',');)

@@ -1,0 +1,61 @@
+// qorfx migrate end to end: the gallery's CgFX materials, stored with values of their
+// own, come back as their GLSL twins and look the same.
+#include "QorfxPicture.h"
+#include "QorfxRun.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+
+TEST(QorfxMigrateGLTest, TheGalleryComesBackInItsGlslTwinsWithEveryValue)
+{
+    QorTempDir dir;
+    const std::pair<std::string, std::string> materials[] = {
+        {"plastic", "--set Diffuse=0.2,0.5,0.9 --set Glossiness=12"},
+        {"brushed_metal", "--set RoughnessAcross=0.2 --set BrushDirection=1,1,0"},
+        {"textured", "--set Tiling=2"},
+        {"chrome", "--set Tint=1,0.8,0.6 --set Fresnel=1"},
+        {"toon", "--set Bands=5 --set BaseColor=0.9,0.4,0.1"},
+    };
+    std::string documents;
+    for (const auto& [material, values] : materials) {
+        const std::string package = dir.File(material + ".zpk");
+        const QorfxResult packed =
+            RunQorfx("pack " + material + ".cgfx " + values + " -o " + package, "cd '" + QorfxSample("materials") + "' && ");
+        ASSERT_EQ(packed.exitCode, 0) << packed.err;
+        documents += " " + package;
+    }
+    const unsigned tile = 96, cell = tile + 22;
+    const QorfxResult run = RunQorfx("migrate --json --size 96x96 --preview " + dir.File("preview.png") + documents,
+                                     "QorGraphicPath='" + QorfxSample("materials") + ";" + QorfxSample("") + "' ");
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const json report = json::parse(run.out);
+    ASSERT_EQ(report.size(), 5u);
+    for (std::size_t row = 0; row < 5; ++row) {
+        const auto& [material, values] = materials[row];
+        SCOPED_TRACE(material);
+        const json& migrated = report[row]["materials"][0];
+        EXPECT_EQ(migrated["effect"], material + ".glslfx");
+        EXPECT_EQ(migrated["lost"], json::array());
+        // Each value set when packing is among those carried.
+        for (std::size_t at = values.find("--set "); at != std::string::npos; at = values.find("--set ", at + 1)) {
+            const std::string name = values.substr(at + 6, values.find('=', at) - at - 6);
+            bool carried = false;
+            for (const json& value : migrated["carried"])
+                carried = carried || value["name"] == name;
+            EXPECT_TRUE(carried) << name;
+        }
+    }
+
+    const Picture preview = Read(dir.File("preview.png"));
+    ASSERT_TRUE(preview.image);
+    ASSERT_EQ(preview.image->GetWidth(), 2 * tile) << "before and after side by side";
+    ASSERT_EQ(preview.image->GetHeight(), 5 * cell);
+    for (unsigned row = 0; row < 5; ++row) {
+        SCOPED_TRACE(materials[row].first);
+        const auto difference = MeanDifference(preview, preview, tile, tile, 0, row * cell, tile, row * cell);
+        for (int channel = 0; channel < 3; ++channel)
+            EXPECT_LE(difference[channel], 0.03) << "channel " << channel;
+    }
+}

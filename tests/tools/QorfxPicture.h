@@ -1,0 +1,47 @@
+/// @file
+/// Reading back the pictures qorfx writes, and comparing them.
+#pragma once
+
+#include "QorVisFoundation/QorTexturePixelImage.h"
+
+#include <array>
+#include <cstdlib>
+#include <string>
+
+struct Picture
+{
+    QorTexturePixelImage::Ptr image;
+    std::array<int, 3> At(unsigned x, unsigned y) const
+    {
+        const unsigned char* p = image->GetPixels() + (static_cast<size_t>(y) * image->GetWidth() + x) * image->GetBytesPerPixel();
+        return {p[0], p[1], p[2]};
+    }
+};
+
+inline Picture Read(const std::string& path)
+{
+    return {QorTexturePixelImage::Ptr(QorTexturePixelImage::ReadFromFile(path.c_str(), QorString(path.c_str())))};
+}
+
+/// The mean absolute difference of each colour channel, as a fraction of full scale,
+/// between the `width` x `height` region of `a` at (ax, ay) and that of `b` at (bx, by);
+/// whole pictures when no region is given.
+inline std::array<double, 3> MeanDifference(const Picture& a, const Picture& b, unsigned width = 0,
+                                            unsigned height = 0, unsigned ax = 0, unsigned ay = 0, unsigned bx = 0,
+                                            unsigned by = 0)
+{
+    if (width == 0) {
+        width = a.image->GetWidth();
+        height = a.image->GetHeight();
+    }
+    std::array<double, 3> sums = {0, 0, 0};
+    for (unsigned y = 0; y < height; ++y)
+        for (unsigned x = 0; x < width; ++x) {
+            const auto p = a.At(ax + x, ay + y), q = b.At(bx + x, by + y);
+            for (int channel = 0; channel < 3; ++channel)
+                sums[channel] += std::abs(p[channel] - q[channel]);
+        }
+    for (double& sum : sums)
+        sum /= 255.0 * width * height;
+    return sums;
+}
