@@ -10,6 +10,11 @@
 // sends the changed uniforms to GL; the raw road makes the same glUniform calls on the
 // same GL program. Needs a display (xvfb-run); without one the benchmark says so.
 //
+// Migration: 1,000 stored CgFX-era materials over 50 effects, registered with one
+// migration as un-streaming a document registers them (a stored name and a parameter
+// set read back from a stream), then migrated: each ".glslfx" twin is loaded once and
+// shared, and the stored values are copied in by name.
+//
 // Loads print the binding's warnings on standard output: it goes to /dev/null while
 // benchmarks run, and the runtime's messages to a sink that drops them.
 #define GL_GLEXT_PROTOTYPES 1
@@ -18,7 +23,12 @@
 
 #include "QorGL/QorGLContext.h"
 #include "QorVisShaderQRFX/QorQRFXFactory.h"
+#include "QorVisFoundation/QorStreamer.h"
 #include "QorVisShaders/QorNvFXEffect.h"
+#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderQRFXMigration.h"
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -32,6 +42,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -171,6 +182,93 @@ void Sharing(benchmark::State& state, int materials, int effects)
     state.counters["speedup"] = libraryTotal > 0 ? naiveTotal / libraryTotal : 0;
 }
 
+// The CgFX effect a stored material of the migration benchmark was made with: the
+// uniforms of WideEffect, in Cg.
+std::string WideCgEffect(int uniforms, int variant)
+{
+    std::string text = "// variant " + std::to_string(variant) + "\n";
+    text += "float4x4 WorldViewProj : WORLDVIEWPROJECTION;\n";
+    std::string sum = "float4 sum = 0;\n";
+    for (int u = 0; u < uniforms; ++u) {
+        text += (IsColor(u) ? "float4 " : "float ") + UniformName(u) + " = " +
+                (IsColor(u) ? "{0.5, 0.5, 0.5, 1}" : "0.5") + ";\n";
+        sum += "    sum += " + UniformName(u) + ";\n";
+    }
+    text += "float4 VS(float4 p : POSITION) : POSITION { return mul(WorldViewProj, p); }\n";
+    text += "float4 PS() : COLOR { " + sum + " return sum; }\n";
+    text += "technique Wide { pass p0 { VertexProgram = compile arbvp1 VS(); FragmentProgram = compile arbfp1 PS(); } }\n";
+    return text;
+}
+
+// The values a document stores for a CgFX material of `name`, with every float
+// changed: its parameter set written to a stream, as a document holds it.
+std::unique_ptr<QorStreamer> StoredValues(const std::string& name)
+{
+    Shader shader(QorShaderManager::CreateShader(QorFxCgFX));
+    shader->SetFileName(QorString(name.c_str()));
+    if (!shader->GenerateParameters())
+        return nullptr;
+    for (int index = 1; index < shader->GetNbParameters(); ++index)
+        if (shader->GetParameterType(index) == QorValueFloat)
+            shader->SetParameterFloat(index, 0.25f);
+    auto stream = std::make_unique<QorStreamer>();
+    shader->GetIShaderParameters()->Stream(*stream);
+    return stream;
+}
+
+void Migration(benchmark::State& state, int materials, int effects)
+{
+    QorBench::EffectFolder folder;
+    std::vector<std::unique_ptr<QorNvFXShaderParameters>> stored;
+    const Quiet quiet;
+    for (int variant = 0; variant < effects; ++variant) {
+        const std::string name = "wide_" + std::to_string(variant);
+        if (!folder.Ready() || folder.Write(name + ".glslfx", WideEffect(16, variant)).empty() ||
+            folder.Write(name + ".cgfx", WideCgEffect(16, variant)).empty()) {
+            QorBench::Fail(state, "cannot write the effect files");
+            return;
+        }
+        const std::unique_ptr<QorStreamer> stream = StoredValues(name + ".cgfx");
+        stored.push_back(std::make_unique<QorNvFXShaderParameters>());
+        if (!stream || (stored.back()->UnStream(*stream), stored.back()->GetNbParameters() < 2)) {
+            QorBench::Fail(state, "a CgFX effect did not compile");
+            return;
+        }
+    }
+    std::size_t loads = 0;
+    double total = 0;
+    for (auto _ : state) {
+        std::vector<Shader> shaders;
+        for (int material = 0; material < materials; ++material)
+            shaders.push_back(NewShader());
+        QorShaderQRFXMigration migration;
+        const Clock::time_point start = Clock::now();
+        for (int material = 0; material < materials; ++material) {
+            const int variant = material % effects;
+            const QorUnicodeString storedName(("C:\\old\\wide_" + std::to_string(variant) + ".cgfx").c_str());
+            migration.AddShaderToMigrate(shaders[static_cast<size_t>(material)].get(), storedName,
+                                         stored[static_cast<size_t>(variant)].get());
+        }
+        migration.MigrateToQRFX();
+        const double seconds = SecondsSince(start);
+        state.SetIterationTime(seconds);
+        total += seconds;
+        std::set<QorIShaderEffect*> loaded;
+        for (const Shader& shader : shaders)
+            loaded.insert(shader->GetIShaderEffect());
+        loads = loaded.count(nullptr) ? 0 : loaded.size();
+        float value = 0;
+        shaders.back()->GetParameterFloat(1, &value);
+        if (loads != static_cast<std::size_t>(effects) || value != 0.25f) {
+            QorBench::Fail(state, "the migration did not load each effect once and carry the values");
+            return;
+        }
+    }
+    state.counters["materials"] = materials;
+    state.counters["loads"] = static_cast<double>(loads);
+    state.counters["us_per_material"] = total * 1e6 / (static_cast<double>(state.iterations()) * materials);
+}
+
 // The materials of the per-frame benchmark and the GL program both roads feed.
 struct Frame
 {
@@ -282,6 +380,10 @@ int main(int argc, char** argv)
 {
     return QorBench::Main(argc, argv, [](bool smoke) {
         benchmark::RegisterBenchmark("NvFXSharing", Sharing, smoke ? 40 : 1000, smoke ? 5 : 50)
+            ->UseManualTime()
+            ->Iterations(smoke ? 1 : 3)
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("NvFXMigration", Migration, smoke ? 40 : 1000, smoke ? 5 : 50)
             ->UseManualTime()
             ->Iterations(smoke ? 1 : 3)
             ->Unit(benchmark::kMillisecond);

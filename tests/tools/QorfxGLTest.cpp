@@ -114,13 +114,7 @@ TEST(QorfxGLTest, EachGlslTwinLooksLikeItsCgFXOriginal)
     QorTempDir dir;
     // Each material with values of its own, in a scene of every light kind and in the
     // default one; both families drawn with the same options.
-    const std::pair<std::string, std::string> materials[] = {
-        {"plastic", "--set Diffuse=0.2,0.5,0.9 --set Glossiness=12"},
-        {"brushed_metal", "--set RoughnessAcross=0.2 --set BrushDirection=1,1,0"},
-        {"textured", "--set Tiling=2"},
-        {"chrome", "--set Tint=1,0.8,0.6 --set Fresnel=1"},
-        {"toon", "--set Bands=5 --set BaseColor=0.9,0.4,0.1"},
-    };
+    const auto& materials = GalleryWithValues();
     const std::string scenes[] = {"", "--lights point,spot,dir,spot --env 0.2,0.3,0.1 --mesh cube"};
     for (const auto& [material, values] : materials)
         for (const std::string& scene : scenes) {

@@ -11,13 +11,7 @@ using nlohmann::json;
 TEST(QorfxMigrateGLTest, TheGalleryComesBackInItsGlslTwinsWithEveryValue)
 {
     QorTempDir dir;
-    const std::pair<std::string, std::string> materials[] = {
-        {"plastic", "--set Diffuse=0.2,0.5,0.9 --set Glossiness=12"},
-        {"brushed_metal", "--set RoughnessAcross=0.2 --set BrushDirection=1,1,0"},
-        {"textured", "--set Tiling=2"},
-        {"chrome", "--set Tint=1,0.8,0.6 --set Fresnel=1"},
-        {"toon", "--set Bands=5 --set BaseColor=0.9,0.4,0.1"},
-    };
+    const auto& materials = GalleryWithValues();
     std::string documents;
     for (const auto& [material, values] : materials) {
         const std::string package = dir.File(material + ".zpk");

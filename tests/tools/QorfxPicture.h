@@ -1,5 +1,6 @@
 /// @file
-/// Reading back the pictures qorfx writes, and comparing them.
+/// Reading back the pictures qorfx writes and comparing them; the gallery's materials
+/// with values of their own, for comparing CgFX originals with their GLSL twins.
 #pragma once
 
 #include "QorVisFoundation/QorTexturePixelImage.h"
@@ -7,6 +8,7 @@
 #include <array>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 struct Picture
 {
@@ -44,4 +46,17 @@ inline std::array<double, 3> MeanDifference(const Picture& a, const Picture& b, 
     for (double& sum : sums)
         sum /= 255.0 * width * height;
     return sums;
+}
+
+/// The five gallery materials, each with `--set` options that move it off its defaults.
+inline const std::pair<std::string, std::string> (&GalleryWithValues())[5]
+{
+    static const std::pair<std::string, std::string> materials[5] = {
+        {"plastic", "--set Diffuse=0.2,0.5,0.9 --set Glossiness=12"},
+        {"brushed_metal", "--set RoughnessAcross=0.2 --set BrushDirection=1,1,0"},
+        {"textured", "--set Tiling=2"},
+        {"chrome", "--set Tint=1,0.8,0.6 --set Fresnel=1"},
+        {"toon", "--set Bands=5 --set BaseColor=0.9,0.4,0.1"},
+    };
+    return materials;
 }
