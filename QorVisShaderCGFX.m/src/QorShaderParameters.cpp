@@ -5,6 +5,7 @@
 #include "QorShaderValueFloat.h"
 #include "QorShaderValueString.h"
 
+#include "QorVisShaderShared/QorChangedPositions.h"
 #include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
 
 #include "QorVisShaders/QorShaderValueType.h"
@@ -13,6 +14,7 @@
 #include "QorSystem/QorStrings.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -318,16 +320,9 @@ void QorShaderParameters::AppendValue(QorIShaderValue* value)
 
 void QorShaderParameters::NoteModified(int position)
 {
-    // Values reset and modified again between uploads are listed again; past a bound the
-    // list is made anew from the flags, so it never outgrows the values.
-    if (m_modifiedPositions.size() >= 2 * m_values.size() + 16) {
-        m_modifiedPositions.clear();
-        for (std::size_t i = 0; i < m_values.size(); ++i)
-            if (m_values[i] && static_cast<QorShaderValue*>(m_values[i])->GetModified())
-                m_modifiedPositions.push_back(static_cast<int>(i));
-        return;
-    }
-    m_modifiedPositions.push_back(position);
+    QorChangedPositions::Note(m_modifiedPositions, position, m_values.size(), [this](std::size_t i) {
+        return m_values[i] && static_cast<QorShaderValue*>(m_values[i])->GetModified();
+    });
 }
 
 void QorShaderParameters::AddParameterValue(CGparameter parameter, QorIShaderValue* value)

@@ -2,6 +2,7 @@
 // with its texture values, and the operations that have no meaning for GLSL effects.
 #include "QorVisShaders/QorNvFXShaderParameters.h"
 
+#include "QorVisShaderShared/QorChangedPositions.h"
 #include "QorVisShaderShared/QorShaderInterfaceRecord.h"
 #include "QorVisShaderShared/QorShaderParameterNames.h"
 #include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
@@ -15,6 +16,7 @@
 #include <nvFX/IUniform.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <new>
 
 namespace {
@@ -71,7 +73,7 @@ QorNvFXShaderParameters::QorNvFXShaderParameters(const QorNvFXShaderParameters& 
     m_values.reserve(other.m_values.size());
     for (QorIShaderValue* value : other.m_values)
         if (QorNvFXShaderValue* copy = Copy(value))
-            m_values.push_back(copy);
+            Adopt(copy);
 }
 
 QorNvFXShaderParameters::~QorNvFXShaderParameters()
@@ -350,7 +352,23 @@ int QorNvFXShaderParameters::SetInterface(const char*, QorShaderInterfaceRecord*
 void QorNvFXShaderParameters::Append(QorNvFXShaderValue* value)
 {
     if (std::find(m_values.rbegin(), m_values.rend(), value) == m_values.rend())
-        m_values.push_back(value);
+        Adopt(value);
+}
+
+void QorNvFXShaderParameters::Adopt(QorNvFXShaderValue* value)
+{
+    const int position = static_cast<int>(m_values.size());
+    m_values.push_back(value);
+    value->SetOwner(this, position);
+    if (value->GetChanged())
+        m_changedPositions.push_back(position);
+}
+
+void QorNvFXShaderParameters::NoteChanged(int position)
+{
+    QorChangedPositions::Note(m_changedPositions, position, m_values.size(), [this](std::size_t i) {
+        return m_values[i] && static_cast<QorNvFXShaderValue*>(m_values[i])->GetChanged();
+    });
 }
 
 void QorNvFXShaderParameters::AddValue(nvFX::IUniform* uniform, QorNvFXShaderValue* value)

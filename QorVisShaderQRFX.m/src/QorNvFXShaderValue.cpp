@@ -1,5 +1,7 @@
 #include "QorVisShaders/QorNvFXShaderValue.h"
 
+#include "QorVisShaders/QorNvFXShaderParameters.h"
+
 #include <cstdint>
 
 int QorNvFXShaderValue::GetFloat(float*)
@@ -24,6 +26,15 @@ void QorNvFXShaderValue::SetColor(const float*) {}
 void QorNvFXShaderValue::SetFloat(float) {}
 
 void QorNvFXShaderValue::SetParameter(CGparameter) {}
+
+void QorNvFXShaderValue::MarkChanged()
+{
+    if (m_changed)
+        return;
+    m_changed = 1;
+    if (m_owner)
+        m_owner->NoteChanged(m_position);
+}
 
 int QorNvFXShaderValue::GetParameterToken() const
 {

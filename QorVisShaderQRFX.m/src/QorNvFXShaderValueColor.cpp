@@ -37,7 +37,7 @@ void QorNvFXShaderValueColor::Set(const void* in)
 {
     if (in)
         std::copy(static_cast<const float*>(in), static_cast<const float*>(in) + MovedCount(), m_components);
-    m_changed = 1;
+    MarkChanged();
 }
 
 void QorNvFXShaderValueColor::Stream(QorStreamer& streamer)

@@ -23,7 +23,7 @@ void QorNvFXShaderValueFloat::Set(const void* in)
 {
     if (in)
         m_value = *static_cast<const float*>(in);
-    m_changed = 1;
+    MarkChanged();
 }
 
 void QorNvFXShaderValueFloat::Stream(QorStreamer& streamer)

@@ -53,7 +53,7 @@ void QorNvFXShaderValueString::Set(const void* in)
     char* copy = CopyText(static_cast<const char*>(in));
     std::free(m_text);
     m_text = copy;
-    m_changed = 1;
+    MarkChanged();
 }
 
 void QorNvFXShaderValueString::Stream(QorStreamer& streamer)

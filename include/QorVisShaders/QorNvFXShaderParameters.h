@@ -15,6 +15,7 @@
 
 #include <initializer_list>
 #include <memory>
+#include <vector>
 
 class QorNvFXShaderValue;
 class QorNvFXShaderValueString;
@@ -105,6 +106,14 @@ public:
     /// Stores a copy of the name; its position, or -1 for a null name.
     int AddName(const char* name);
 
+    /// Told by a listed value when it becomes changed.
+    void NoteChanged(int position);
+    /// Positions (from 0) of the values changed since the last ClearChangedPositions, in
+    /// the order they changed; a position may be listed whose mark was cleared since, so
+    /// readers test the value's mark.
+    const std::vector<int>& GetChangedPositions() const { return m_changedPositions; }
+    void ClearChangedPositions() { m_changedPositions.clear(); }
+
     static QorNvFXShaderValue* CreateValueFloat();
     /// A colour of four components.
     static QorNvFXShaderValue* CreateValueColor();
@@ -115,9 +124,12 @@ private:
     QorNvFXShaderValue* TypedValueAt(int index, std::initializer_list<int> types) const;
     /// Appends the value (owned) unless that very pointer is listed.
     void Append(QorNvFXShaderValue* value);
+    /// Appends the value (owned), which then reports its changes to this set.
+    void Adopt(QorNvFXShaderValue* value);
     void AddValue(nvFX::IUniform* uniform, QorNvFXShaderValue* value);
 
     QorShaderValueList m_values; // owned QorNvFXShaderValue, in binding order
+    std::vector<int> m_changedPositions; // see GetChangedPositions
     std::unique_ptr<QorShaderParameterNames> m_names;
     int m_kept = 1;    // kept for the framework; nothing here reads it
     int m_useDefaultTexture = 1;

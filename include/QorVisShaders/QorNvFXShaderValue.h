@@ -8,6 +8,7 @@
 #include "QorVisShaders/QorIShaderValue.h"
 #include "QorVisShaders/QorVisShadersExport.h"
 
+class QorNvFXShaderParameters;
 class QorStreamer;
 
 namespace nvFX {
@@ -56,13 +57,27 @@ public:
     int GetChanged() const { return m_changed; }
     void ClearChanged() { m_changed = 0; }
 
+    /// The set that lists this value at `position` (from 0); it is told each time the
+    /// value becomes changed, so that an upload visits only changed values.
+    void SetOwner(QorNvFXShaderParameters* owner, int position)
+    {
+        m_owner = owner;
+        m_position = position;
+    }
+
 protected:
     QorNvFXShaderValue() = default;
     explicit QorNvFXShaderValue(nvFX::IUniform* uniform) : m_uniform(uniform) {}
-    /// A copy is changed whatever the source's mark, and mirrors the same uniform.
+    /// A copy is changed whatever the source's mark, mirrors the same uniform and belongs
+    /// to no set until one lists it.
     QorNvFXShaderValue(const QorNvFXShaderValue& other) : QorIShaderValue(), m_uniform(other.m_uniform) {}
 
+    /// What every write does last: the value is changed, and its set learns it once.
+    void MarkChanged();
+
     int m_changed = 1;
+    QorNvFXShaderParameters* m_owner = nullptr; // borrowed: the set that lists the value
+    int m_position = 0;
     nvFX::IUniform* m_uniform = nullptr; // borrowed
     int m_streamedToken = 0;             // what a record read back carried
     bool m_streamed = false;

@@ -6,11 +6,15 @@
 #include "QorTestSupport.h"
 
 #include "QorVisShaders/QorNvFXEffect.h"
+#include "QorVisShaders/QorIShaderValue.h"
 #include "QorVisShaders/QorNvFXShaderParameters.h"
 
 #include <gtest/gtest.h>
+#include <nvFX/IUniform.h>
 
+#include <array>
 #include <memory>
+#include <string>
 
 namespace {
 
@@ -117,4 +121,70 @@ TEST(QorNvFXShaderTest, TheEffectNeverPushesTheValuesOfAGoneShader)
     effect->UploadCurrentParameters(false); // nothing to push, nothing freed read
     kept->SetCurrentParameters();
     EXPECT_EQ(effect->GetIShaderParameters(), kept->GetIShaderParameters());
+}
+
+// Two materials of one effect take turns: an upload of changed values pushes what this
+// material changed since its own last upload (through the shader object, the set, or the
+// value itself) and nothing the other material left in the uniforms.
+TEST(QorNvFXShaderTest, AnUploadPushesOnlyWhatChangedSinceTheLastOne)
+{
+    QorRegistryGuard guard; // the test effect registers its texture
+    ShaderPtr first = Generated("turns.glslfx");
+    ShaderPtr second = Generated("turns.glslfx");
+    auto* effect = static_cast<QorNvFXEffect*>(first->GetIShaderEffect());
+    auto* set = static_cast<QorNvFXShaderParameters*>(first->GetIShaderParameters());
+    const int gloss = first->GetParameterIndex("Gloss");
+    const int base = first->GetParameterIndex("Base");
+    ASSERT_GT(gloss, 0);
+    ASSERT_GT(base, 0);
+    // The first component the uniform holds (Gloss is a float, Base a vec4).
+    const auto uniformValue = [&](int index) {
+        float value[4] = {};
+        set->GetUniform(index)->getValuefv(value, index == gloss ? 1 : 4);
+        return value[0];
+    };
+    first->SetCurrentParameters();
+    effect->UploadCurrentParameters(true); // every value is new: all pushed
+    EXPECT_FLOAT_EQ(uniformValue(gloss), 8.0f);
+
+    second->SetParameterFloat(gloss, 20.0f);
+    second->SetParameterColor(base, 0.9f, 0.2f, 0.3f, 0.4f);
+    second->SetCurrentParameters();
+    effect->UploadCurrentParameters(true);
+    EXPECT_FLOAT_EQ(uniformValue(gloss), 20.0f);
+
+    struct Turn
+    {
+        const char* change;
+        float gloss, base;
+    };
+    const Turn turns[] = {{"nothing", 20.0f, 0.9f},
+                          {"the shader object", 12.0f, 0.9f},
+                          {"the value itself", 12.0f, 0.5f},
+                          {"a change cleared again", 12.0f, 0.5f}};
+    for (const Turn& turn : turns) {
+        SCOPED_TRACE(turn.change);
+        const std::string change = turn.change;
+        if (change == "the shader object")
+            first->SetParameterFloat(gloss, 12.0f);
+        if (change == "the value itself")
+            set->GetValue(base - 1)->SetColor(std::array<float, 4>{0.5f, 0.5f, 0.5f, 1.0f}.data());
+        if (change == "a change cleared again") {
+            first->SetParameterFloat(gloss, 30.0f);
+            set->ResetModified(gloss);
+        }
+        first->SetCurrentParameters();
+        effect->UploadCurrentParameters(true);
+        EXPECT_FLOAT_EQ(uniformValue(gloss), turn.gloss);
+        EXPECT_FLOAT_EQ(uniformValue(base), turn.base);
+    }
+
+    // A clone's values are all new to it: its first upload pushes them all.
+    ShaderPtr clone(first->Clone());
+    second->SetCurrentParameters();
+    second->SetParameterFloat(gloss, 40.0f);
+    effect->UploadCurrentParameters(true);
+    clone->SetCurrentParameters();
+    effect->UploadCurrentParameters(true);
+    EXPECT_FLOAT_EQ(uniformValue(gloss), 30.0f) << "the clone's own value, cleared in the original";
 }
