@@ -56,16 +56,30 @@ function(qor_module name)
   endif()
 endfunction()
 
-# qor_test(NAME SOURCES... LINKS... [GL]) adds a GoogleTest executable and registers it
-# with CTest; GL tests carry the label "gl" and need an X display (xvfb-run).
+# qor_test(NAME SOURCES... LINKS... [GL] [SHARDS N]) adds a GoogleTest executable and
+# registers it with CTest; GL tests carry the label "gl" and need an X display
+# (xvfb-run). SHARDS N registers it as N tests NAME.0 ... (GoogleTest's sharding), so
+# that a long suite runs beside itself under ctest -j.
 function(qor_test name)
-  cmake_parse_arguments(ARG "GL" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "GL" "SHARDS" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_compile_options(${name} PRIVATE ${QOR_WARNINGS})
   target_link_libraries(${name} PRIVATE ${ARG_LINKS} QorTestSupport GTest::gtest GTest::gtest_main)
-  add_test(NAME ${name} COMMAND ${name})
+  set(tests ${name})
+  if(ARG_SHARDS)
+    set(tests)
+    math(EXPR last "${ARG_SHARDS} - 1")
+    foreach(shard RANGE ${last})
+      add_test(NAME ${name}.${shard} COMMAND ${name})
+      set_tests_properties(${name}.${shard} PROPERTIES
+        ENVIRONMENT "GTEST_TOTAL_SHARDS=${ARG_SHARDS};GTEST_SHARD_INDEX=${shard}")
+      list(APPEND tests ${name}.${shard})
+    endforeach()
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+  endif()
   if(ARG_GL)
-    set_tests_properties(${name} PROPERTIES LABELS gl)
+    set_tests_properties(${tests} PROPERTIES LABELS gl)
   endif()
 endfunction()
 
@@ -90,20 +104,25 @@ function(qor_library_module name)
   set_property(GLOBAL APPEND PROPERTY QOR_LIBRARY_MODULES ${name})
 endfunction()
 
-# qor_module_tests(NAME DIR LINKS... [INCLUDES ...]): the tests of one module, DIR/*Test.cpp.
+# qor_module_tests(NAME DIR LINKS... [INCLUDES ...] [SHARDS N]): the tests of one module,
+# DIR/*Test.cpp; SHARDS splits its plain and GL suites as qor_test does.
 # Files named *GLTest.cpp need an X display and go into NAMEGLTest (label "gl"); files
 # named *ThreadTest.cpp run threads at the code and go into NAMEThreadTest (label
 # "threads", also built by the ThreadSanitizer stage through the target QorThreadTests);
 # the rest into NAMETest.
 function(qor_module_tests name dir)
-  cmake_parse_arguments(ARG "" "" "LINKS;INCLUDES" ${ARGN})
+  cmake_parse_arguments(ARG "" "SHARDS" "LINKS;INCLUDES" ${ARGN})
+  set(shards)
+  if(ARG_SHARDS)
+    set(shards SHARDS ${ARG_SHARDS})
+  endif()
   file(GLOB all_tests CONFIGURE_DEPENDS ${dir}/*Test.cpp)
   file(GLOB gl_tests CONFIGURE_DEPENDS ${dir}/*GLTest.cpp)
   file(GLOB thread_tests CONFIGURE_DEPENDS ${dir}/*ThreadTest.cpp)
   set(plain_tests ${all_tests})
   if(gl_tests)
     list(REMOVE_ITEM plain_tests ${gl_tests})
-    qor_test(${name}GLTest SOURCES ${gl_tests} LINKS ${ARG_LINKS} QorGL Cg::CgGL OpenGL::GL GL)
+    qor_test(${name}GLTest SOURCES ${gl_tests} LINKS ${ARG_LINKS} QorGL Cg::CgGL OpenGL::GL GL ${shards})
     target_include_directories(${name}GLTest PRIVATE ${ARG_INCLUDES})
   endif()
   if(thread_tests)
@@ -117,7 +136,7 @@ function(qor_module_tests name dir)
     add_dependencies(QorThreadTests ${name}ThreadTest)
   endif()
   if(plain_tests)
-    qor_test(${name}Test SOURCES ${plain_tests} LINKS ${ARG_LINKS})
+    qor_test(${name}Test SOURCES ${plain_tests} LINKS ${ARG_LINKS} ${shards})
     target_include_directories(${name}Test PRIVATE ${ARG_INCLUDES})
   endif()
 endfunction()

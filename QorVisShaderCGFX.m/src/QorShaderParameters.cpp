@@ -14,7 +14,6 @@
 #include "QorSystem/QorStrings.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -310,19 +309,13 @@ void QorShaderParameters::AppendValue(QorIShaderValue* value)
 {
     if (std::find(m_values.rbegin(), m_values.rend(), value) != m_values.rend())
         return;
-    const int position = static_cast<int>(m_values.size());
-    m_values.push_back(value);
-    auto* listed = static_cast<QorShaderValue*>(value);
-    listed->SetOwner(this, position);
-    if (listed->GetModified())
-        m_modifiedPositions.push_back(position);
+    QorChangedPositions::Adopt(m_values, m_modifiedPositions, this, static_cast<QorShaderValue*>(value),
+                               &QorShaderValue::GetModified);
 }
 
 void QorShaderParameters::NoteModified(int position)
 {
-    QorChangedPositions::Note(m_modifiedPositions, position, m_values.size(), [this](std::size_t i) {
-        return m_values[i] && static_cast<QorShaderValue*>(m_values[i])->GetModified();
-    });
+    QorChangedPositions::Note(m_modifiedPositions, position, m_values, &QorShaderValue::GetModified);
 }
 
 void QorShaderParameters::AddParameterValue(CGparameter parameter, QorIShaderValue* value)

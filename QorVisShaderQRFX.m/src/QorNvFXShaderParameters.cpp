@@ -16,7 +16,6 @@
 #include <nvFX/IUniform.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <new>
 
 namespace {
@@ -357,18 +356,12 @@ void QorNvFXShaderParameters::Append(QorNvFXShaderValue* value)
 
 void QorNvFXShaderParameters::Adopt(QorNvFXShaderValue* value)
 {
-    const int position = static_cast<int>(m_values.size());
-    m_values.push_back(value);
-    value->SetOwner(this, position);
-    if (value->GetChanged())
-        m_changedPositions.push_back(position);
+    QorChangedPositions::Adopt(m_values, m_changedPositions, this, value, &QorNvFXShaderValue::GetChanged);
 }
 
 void QorNvFXShaderParameters::NoteChanged(int position)
 {
-    QorChangedPositions::Note(m_changedPositions, position, m_values.size(), [this](std::size_t i) {
-        return m_values[i] && static_cast<QorNvFXShaderValue*>(m_values[i])->GetChanged();
-    });
+    QorChangedPositions::Note(m_changedPositions, position, m_values, &QorNvFXShaderValue::GetChanged);
 }
 
 void QorNvFXShaderParameters::AddValue(nvFX::IUniform* uniform, QorNvFXShaderValue* value)
