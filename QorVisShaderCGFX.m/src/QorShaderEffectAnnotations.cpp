@@ -5,7 +5,8 @@
 #include "QorCgTypes.h"
 #include "QorShaderParameters.h"
 
-#include <cstring>
+#include "QorVisShaderShared/QorHiddenParameters.h"
+
 #include <initializer_list>
 
 namespace {
@@ -20,18 +21,6 @@ const char* const kHiddenSemantics[] = {
     "LIGHTPOS", "LIGHTDIR", "LIGHTCOLOR", "LIGHTSPECULARCOLOR", "INTENSITYANDSPOT", "SPOT", "INTENSITY",
     "GLOBALAMBIENTCOLOR", "AUTOMATICENVIRONMENTMAP", "IBLDIFFUSE", "IBLSPECULAR", "AUTOMATICCOLORATTRIBUTE",
 };
-
-const char* const kHiddenNames[] = {"Category", "keywords", "description", "NeedTandB",
-                                    "AutomaticEnvironmentMapTracking"};
-
-template <size_t N>
-bool Contains(const char* const (&list)[N], const char* text)
-{
-    for (const char* entry : list)
-        if (std::strcmp(entry, text) == 0)
-            return true;
-    return false;
-}
 
 // The first float of the first annotation present among `names`; `value` stays otherwise.
 void ReadFirstFloatAnnotation(CGparameter parameter, std::initializer_list<const char*> names, float& value)
@@ -52,11 +41,8 @@ void ReadFirstFloatAnnotation(CGparameter parameter, std::initializer_list<const
 
 bool QorShaderEffect::checkParameterVisibility(CGparameter parameter, int* type)
 {
-    const char* semantic = cgGetParameterSemantic(parameter);
-    if (semantic && *semantic && Contains(kHiddenSemantics, semantic))
-        return false;
-    const char* name = cgGetParameterName(parameter);
-    if (name && Contains(kHiddenNames, name))
+    if (QorHiddenParameters::IsHidden(cgGetParameterSemantic(parameter), cgGetParameterName(parameter),
+                                      kHiddenSemantics))
         return false;
     const CGtype parameterType = cgGetParameterType(parameter);
     *type = parameterType;

@@ -5,6 +5,8 @@
 
 #include "QorVisShaders/QorNvFXShaderParameters.h"
 
+#include "QorVisShaderShared/QorHiddenParameters.h"
+
 #include <nvFX/IAnnotation.h>
 #include <nvFX/IContainer.h>
 #include <nvFX/IUniform.h>
@@ -94,18 +96,6 @@ const char* const kReservedSemantics[] = {
     "GLOBALAMBIENTCOLOR", "AUTOMATICENVIRONMENTMAP", "AUTOMATICCOLORATTRIBUTE",
 };
 
-const char* const kHiddenNames[] = {"Category", "keywords", "description", "NeedTandB",
-                                    "AutomaticEnvironmentMapTracking"};
-
-template <size_t N>
-bool Contains(const char* const (&list)[N], const char* text)
-{
-    for (const char* entry : list)
-        if (std::strcmp(entry, text) == 0)
-            return true;
-    return false;
-}
-
 } // namespace
 
 void QorNvFXEffect::lookUpNamedUniforms()
@@ -163,11 +153,7 @@ bool QorNvFXEffect::isUserParameter(nvFX::IUniform* uniform, int* type) const
 {
     if (!uniform)
         return false;
-    const char* semantic = uniform->getSemantic();
-    if (semantic && *semantic && Contains(kReservedSemantics, semantic))
-        return false;
-    const char* name = uniform->getName();
-    if (name && Contains(kHiddenNames, name))
+    if (QorHiddenParameters::IsHidden(uniform->getSemantic(), uniform->getName(), kReservedSemantics))
         return false;
     *type = uniform->getType();
     return (*type >= nvFX::IUniform::TFloat && *type <= nvFX::IUniform::TVec4) ||
