@@ -14,9 +14,6 @@
 
 CgFXShader::CgFXShader(const CgFXShader& other) : QorShaderObject(other)
 {
-    m_effect = other.m_effect;
-    if (m_effect)
-        m_effect->AddRef();
     if (other.m_parameters)
         m_parameters = new (std::nothrow) QorShaderParameters(*other.Parameters());
 }

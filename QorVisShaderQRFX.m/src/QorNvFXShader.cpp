@@ -19,9 +19,6 @@ const char* const kSource = "QorVisShaderQRFX.m/src/QorNvFXShader";
 
 QorNvFXShader::QorNvFXShader(const QorNvFXShader& other) : QorShaderObject(other)
 {
-    m_effect = other.m_effect;
-    if (m_effect)
-        m_effect->AddRef();
     if (other.m_parameters)
         m_parameters = new (std::nothrow) QorNvFXShaderParameters(*other.Parameters());
 }

@@ -10,8 +10,10 @@
 #include <cstdio>
 
 QorShaderObject::QorShaderObject(const QorShaderObject& other)
-    : QorIShader(), m_fileName(other.m_fileName), m_pathName(other.m_pathName)
+    : QorIShader(), m_effect(other.m_effect), m_fileName(other.m_fileName), m_pathName(other.m_pathName)
 {
+    if (m_effect)
+        m_effect->AddRef();
 }
 
 QorShaderObject::~QorShaderObject()

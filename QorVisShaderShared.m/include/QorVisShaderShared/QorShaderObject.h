@@ -45,7 +45,8 @@ public:
 
 protected:
     QorShaderObject() = default;
-    /// Shares the other's names; the effect and values are the derived copy's to take.
+    /// Shares the other's names and effect (one more reference, handed back by the derived
+    /// destructor's ReleaseEffect); the values are the derived copy's to copy.
     QorShaderObject(const QorShaderObject& other);
     QorShaderObject& operator=(const QorShaderObject&) = delete;
 
