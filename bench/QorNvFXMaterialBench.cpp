@@ -355,20 +355,11 @@ void PerFrame(benchmark::State& state, int materials)
     int count = 0;
     for (auto _ : state) {
         const float time = static_cast<float>(++count) * 1e-3f;
-        double library = 0, raw = 0;
-        for (int road = 0; road < 2; ++road) {
-            const bool libraryRoad = (road == 0) == (count % 2 == 0);
-            const Clock::time_point start = Clock::now();
-            if (libraryRoad)
-                frame.Library(time);
-            else
-                frame.Raw(time);
-            glFinish();
-            (libraryRoad ? library : raw) = SecondsSince(start);
-        }
-        state.SetIterationTime(library);
-        libraryTotal += library;
-        rawTotal += raw;
+        const QorBench::RoadTimes times = QorBench::TimeBothRoads(
+            count, [&] { frame.Library(time); }, [&] { frame.Raw(time); }, [] { glFinish(); });
+        state.SetIterationTime(times.library);
+        libraryTotal += times.library;
+        rawTotal += times.other;
     }
     state.counters["raw_us"] = benchmark::Counter(rawTotal * 1e6, benchmark::Counter::kAvgIterations);
     state.counters["overhead"] = rawTotal > 0 ? libraryTotal / rawTotal : 0;

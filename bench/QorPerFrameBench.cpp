@@ -180,20 +180,11 @@ void PerFrame(benchmark::State& state, FrameKind kind, int materials)
     int frame = 0;
     for (auto _ : state) {
         const float time = static_cast<float>(++frame) * 1e-3f;
-        double library = 0;
-        double raw = 0;
-        for (int road = 0; road < 2; ++road) {
-            const bool libraryRoad = (road == 0) == (frame % 2 == 0);
-            const Clock::time_point start = Clock::now();
-            if (libraryRoad)
-                scene.LibraryFrame(kind, time);
-            else
-                scene.RawFrame(kind, time);
-            (libraryRoad ? library : raw) = SecondsSince(start);
-        }
-        state.SetIterationTime(library);
-        libraryTotal += library;
-        rawTotal += raw;
+        const QorBench::RoadTimes times = QorBench::TimeBothRoads(
+            frame, [&] { scene.LibraryFrame(kind, time); }, [&] { scene.RawFrame(kind, time); }, [] {});
+        state.SetIterationTime(times.library);
+        libraryTotal += times.library;
+        rawTotal += times.other;
     }
     state.counters["materials"] = scene.Materials();
     state.counters["raw_us"] = benchmark::Counter(rawTotal * 1e6, benchmark::Counter::kAvgIterations);
