@@ -12,6 +12,7 @@
 #include <Cg/cg.h>
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -262,6 +263,40 @@ RoadTimes TimeBothRoads(int frame, Library library, Other other, Finish finish)
     }
     return times;
 }
+
+/// The frames of two roads measured against each other. The overhead reported is the
+/// median of each frame's own ratio: both roads of a frame run microseconds apart, so a
+/// frame the machine interrupted on one road moves one ratio, not the result.
+class RoadComparison
+{
+public:
+    void Add(const RoadTimes& times)
+    {
+        m_library += times.library;
+        m_other += times.other;
+        if (times.other > 0)
+            m_ratios.push_back(times.library / times.other);
+    }
+
+    /// Sets "overhead" (library over other) and "raw_us" (the other road's mean frame).
+    void Report(benchmark::State& state)
+    {
+        state.counters["raw_us"] = benchmark::Counter(m_other * 1e6, benchmark::Counter::kAvgIterations);
+        if (m_ratios.empty())
+            return;
+        const auto middle = m_ratios.begin() + static_cast<std::ptrdiff_t>(m_ratios.size() / 2);
+        std::nth_element(m_ratios.begin(), middle, m_ratios.end());
+        state.counters["overhead"] = *middle;
+    }
+
+    double Library() const { return m_library; }
+    double Other() const { return m_other; }
+
+private:
+    double m_library = 0;
+    double m_other = 0;
+    std::vector<double> m_ratios;
+};
 
 struct CgContextFree
 {

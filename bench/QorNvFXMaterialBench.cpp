@@ -351,18 +351,16 @@ void PerFrame(benchmark::State& state, int materials)
     }
     frame.Library(0.0f);
     glFinish();
-    double libraryTotal = 0, rawTotal = 0;
+    QorBench::RoadComparison roads;
     int count = 0;
     for (auto _ : state) {
         const float time = static_cast<float>(++count) * 1e-3f;
         const QorBench::RoadTimes times = QorBench::TimeBothRoads(
             count, [&] { frame.Library(time); }, [&] { frame.Raw(time); }, [] { glFinish(); });
         state.SetIterationTime(times.library);
-        libraryTotal += times.library;
-        rawTotal += times.other;
+        roads.Add(times);
     }
-    state.counters["raw_us"] = benchmark::Counter(rawTotal * 1e6, benchmark::Counter::kAvgIterations);
-    state.counters["overhead"] = rawTotal > 0 ? libraryTotal / rawTotal : 0;
+    roads.Report(state);
 }
 
 } // namespace

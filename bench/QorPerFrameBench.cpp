@@ -175,24 +175,21 @@ void PerFrame(benchmark::State& state, FrameKind kind, int materials)
     // One frame on each road first, so both start from values already pushed once.
     scene.LibraryFrame(FrameKind::Full, 0.0f);
     scene.RawFrame(FrameKind::Full, 0.0f);
-    double libraryTotal = 0;
-    double rawTotal = 0;
+    QorBench::RoadComparison roads;
     int frame = 0;
     for (auto _ : state) {
         const float time = static_cast<float>(++frame) * 1e-3f;
         const QorBench::RoadTimes times = QorBench::TimeBothRoads(
             frame, [&] { scene.LibraryFrame(kind, time); }, [&] { scene.RawFrame(kind, time); }, [] {});
         state.SetIterationTime(times.library);
-        libraryTotal += times.library;
-        rawTotal += times.other;
+        roads.Add(times);
     }
     state.counters["materials"] = scene.Materials();
-    state.counters["raw_us"] = benchmark::Counter(rawTotal * 1e6, benchmark::Counter::kAvgIterations);
-    state.counters["overhead"] = rawTotal > 0 ? libraryTotal / rawTotal : 0;
+    roads.Report(state);
     if (kind == FrameKind::Unchanged) {
         // What the values that no one touched cost the library, each.
         const double values = static_cast<double>(state.iterations()) * scene.Materials() * kUserParameters;
-        state.counters["ns_per_unchanged_value"] = values > 0 ? (libraryTotal - rawTotal) * 1e9 / values : 0;
+        state.counters["ns_per_unchanged_value"] = values > 0 ? (roads.Library() - roads.Other()) * 1e9 / values : 0;
     }
 }
 

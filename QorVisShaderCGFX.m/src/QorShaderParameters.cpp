@@ -27,8 +27,12 @@ const char* const kSource = "QorVisShaderCGFX.m/src/QorShaderParameters";
 QorShaderParameters::QorShaderParameters() = default;
 
 QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
-    : QorIShaderParameters(), m_names(other.m_names), m_useDefaultTexture(other.m_useDefaultTexture)
+    : QorIShaderParameters(), m_values(CopyValues(other.m_values)), m_names(other.m_names),
+      m_useDefaultTexture(other.m_useDefaultTexture)
 {
+    m_modifiedPositions.reserve(m_values.size());
+    for (std::size_t position = 0; position < m_values.size(); ++position)
+        Adopt(position);
     std::copy(other.m_cachedIndexes, other.m_cachedIndexes + 3, m_cachedIndexes);
 
     std::unique_ptr<QorShaderValueString>* const slots[] = {&m_firstTexture, &m_secondTexture, &m_thirdTexture};
@@ -38,10 +42,6 @@ QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
         if (sources[i])
             slots[i]->reset(static_cast<QorShaderValueString*>(CopyValue(sources[i])));
 
-    m_values.reserve(other.m_values.size());
-    for (QorIShaderValue* value : other.m_values)
-        if (QorIShaderValue* copy = CopyValue(value))
-            AppendValue(copy);
 
     m_interfaces.reserve(other.m_interfaces.size());
     for (const InterfaceEntry& entry : other.m_interfaces)
@@ -224,8 +224,10 @@ CGparameter QorShaderParameters::GetCgParameter(int index) const
 
 void QorShaderParameters::ResetModified(int index)
 {
-    if (auto* value = static_cast<QorShaderValue*>(ValueAt(index)))
+    if (auto* value = static_cast<QorShaderValue*>(ValueAt(index))) {
         value->ResetModified();
+        QorChangedPositions::Bound(m_modifiedPositions, m_values, &QorShaderValue::GetModified);
+    }
 }
 
 const QorShaderValueList* QorShaderParameters::GetValueList()
@@ -309,13 +311,24 @@ void QorShaderParameters::AppendValue(QorIShaderValue* value)
 {
     if (std::find(m_values.rbegin(), m_values.rend(), value) != m_values.rend())
         return;
-    QorChangedPositions::Adopt(m_values, m_modifiedPositions, this, static_cast<QorShaderValue*>(value),
-                               &QorShaderValue::GetModified);
+    m_values.push_back(value);
+    Adopt(m_values.size() - 1);
 }
 
-void QorShaderParameters::NoteModified(int position)
+void QorShaderParameters::Adopt(std::size_t position)
 {
-    QorChangedPositions::Note(m_modifiedPositions, position, m_values, &QorShaderValue::GetModified);
+    QorChangedPositions::Adopt(m_modifiedPositions, static_cast<QorShaderValue*>(m_values[position]),
+                               static_cast<int>(position), &QorShaderValue::GetModified);
+}
+
+QorShaderValueList QorShaderParameters::CopyValues(const QorShaderValueList& values)
+{
+    QorShaderValueList copies;
+    copies.reserve(values.size());
+    for (QorIShaderValue* value : values)
+        if (QorIShaderValue* copy = CopyValue(value))
+            copies.push_back(copy);
+    return copies;
 }
 
 void QorShaderParameters::AddParameterValue(CGparameter parameter, QorIShaderValue* value)

@@ -15,6 +15,7 @@
 
 #include <Cg/cg.h>
 
+#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -86,8 +87,6 @@ public:
     /// Stores a copy of the name; its 0-based position, or -1 for null or out of memory.
     int AddParameterName(const char* name);
 
-    /// Told by a listed value when it becomes modified.
-    void NoteModified(int position);
     /// Positions (from 0) of the values modified since the last ClearModifiedPositions,
     /// in the order they were modified; a position may be listed whose value was reset
     /// since, so readers test the value's flag.
@@ -124,6 +123,9 @@ private:
     int ReadValue(int index, void* out, int onlyIfModified, int type) const;
     /// Appends the value unless that very pointer is listed already.
     void AppendValue(QorIShaderValue* value);
+    /// Makes the set the owner of the value at `position` and lists it when it comes
+    /// modified.
+    void Adopt(std::size_t position);
     void AddParameterValue(CGparameter parameter, QorIShaderValue* value);
 
     /// Changes one texture value's file name, keeping the texture registry in step.
@@ -142,6 +144,10 @@ private:
     /// A copy by type code (texture copies register their file again), or null for an
     /// unknown code or out of memory.
     static QorIShaderValue* CopyValue(QorIShaderValue* value);
+    /// Copies of every value that can be copied, made one after another before anything
+    /// else of a copied set, so that a set's values sit together in memory: a frame
+    /// touches some of every material's.
+    static QorShaderValueList CopyValues(const QorShaderValueList& values);
     static QorShaderInterfaceRecord* CopyRecord(const QorShaderInterfaceRecord* record);
 
     QorShaderValueList m_values; // owned values, in the order the effect found them

@@ -1,7 +1,5 @@
 #include "QorShaderValue.h"
 
-#include "QorShaderParameters.h"
-
 #include "QorDiagnostics/CheckFailure.h"
 
 #include <cstdint>
@@ -9,13 +7,6 @@
 QorShaderValue::~QorShaderValue()
 {
     m_parameter = nullptr;
-}
-
-void QorShaderValue::TellOwner()
-{
-    m_modified = 1;
-    if (m_owner)
-        m_owner->NoteModified(m_position);
 }
 
 int QorShaderValue::GetParameterToken() const
@@ -37,30 +28,30 @@ int ShouldNotHappen(const QorShaderValueGuards& guards, int line)
 
 int QorShaderValue::GetFloat(float*)
 {
-    return ShouldNotHappen(m_guards, m_guards.getFloat);
+    return ShouldNotHappen(Guards(), Guards().getFloat);
 }
 
 int QorShaderValue::GetColor(float*)
 {
-    return ShouldNotHappen(m_guards, m_guards.getColor);
+    return ShouldNotHappen(Guards(), Guards().getColor);
 }
 
 int QorShaderValue::GetString(char**)
 {
-    return ShouldNotHappen(m_guards, m_guards.getString);
+    return ShouldNotHappen(Guards(), Guards().getString);
 }
 
 void QorShaderValue::SetString(const char*)
 {
-    ShouldNotHappen(m_guards, m_guards.setString);
+    ShouldNotHappen(Guards(), Guards().setString);
 }
 
 void QorShaderValue::SetColor(const float*)
 {
-    ShouldNotHappen(m_guards, m_guards.setColor);
+    ShouldNotHappen(Guards(), Guards().setColor);
 }
 
 void QorShaderValue::SetFloat(float)
 {
-    ShouldNotHappen(m_guards, m_guards.setFloat);
+    ShouldNotHappen(Guards(), Guards().setFloat);
 }

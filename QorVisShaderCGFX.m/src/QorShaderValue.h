@@ -7,7 +7,7 @@
 
 #include <Cg/cg.h>
 
-class QorShaderParameters;
+#include <vector>
 
 /// Where one kind of value reports an operation that does not fit it: the kind's source
 /// path and the fixed line of each such operation (0 for those the kind performs).
@@ -55,42 +55,45 @@ public:
     int GetModified() const { return m_modified; }
     void ResetModified() { m_modified = 0; }
 
-    /// The set that lists this value at `position` (from 0); it is told each time the
-    /// value becomes modified, so that an upload visits only modified values.
-    void SetOwner(QorShaderParameters* owner, int position)
+    /// The changed-position list of the set that lists this value at `position` (from
+    /// 0); the value adds its position there each time it becomes modified, so that an
+    /// upload visits only modified values.
+    void SetOwner(std::vector<int>* changedPositions, int position)
     {
-        m_owner = owner;
+        m_changedPositions = changedPositions;
         m_position = position;
     }
 
 protected:
-    QorShaderValue(const QorShaderValueGuards& guards, int type, CGparameter parameter)
-        : m_guards(guards), m_type(type), m_parameter(parameter)
-    {
-    }
+    QorShaderValue(int type, CGparameter parameter) : m_parameter(parameter), m_type(type) {}
     /// A copy counts as modified whatever the source's flag, shares the handle and
     /// belongs to no set until one lists it.
     QorShaderValue(const QorShaderValue& other)
-        : QorIShaderValue(), m_guards(other.m_guards), m_type(other.m_type), m_parameter(other.m_parameter)
+        : QorIShaderValue(), m_parameter(other.m_parameter), m_type(other.m_type)
     {
     }
 
     /// What every setter does last: the value is modified, and its set learns it once.
+    /// Inline: it runs for every value a renderer changes, every frame.
     void MarkModified()
     {
-        if (!m_modified)
-            TellOwner();
+        if (m_modified)
+            return;
+        m_modified = 1;
+        if (m_changedPositions)
+            m_changedPositions->push_back(m_position);
     }
 
-    const QorShaderValueGuards& m_guards; // the kind's static table
-    const int m_type;
-    int m_modified = 1;
-    QorShaderParameters* m_owner = nullptr; // borrowed: the set that lists the value
-    int m_position = 0;
+    /// The kind's static table of misplaced operations.
+    virtual const QorShaderValueGuards& Guards() const = 0;
+
+    // Ordered so that a float value fits 40 bytes: a set's values sit densely in memory,
+    // and a frame touches some of every material's.
     // Borrowed: a parameter of the one shared effect. Copies of a set keep the same raw
     // handle on purpose, as they mirror the same parameter; it is never destroyed here.
     CGparameter m_parameter = nullptr;
-
-private:
-    void TellOwner();
+    std::vector<int>* m_changedPositions = nullptr; // borrowed from the set that lists the value
+    const int m_type;
+    int m_modified = 1;
+    int m_position = 0;
 };

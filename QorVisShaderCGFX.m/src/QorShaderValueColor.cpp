@@ -13,7 +13,7 @@ const QorShaderValueGuards kGuards = {"QorVisShaderCGFX.m/src/QorShaderValueColo
 QorShaderValueColor::QorShaderValueColor(int count) : QorShaderValueColor(nullptr, nullptr, count) {}
 
 QorShaderValueColor::QorShaderValueColor(CGparameter parameter, const float* values, int count)
-    : QorShaderValue(kGuards, QorColorTypeOf(count), parameter), m_count(count)
+    : QorShaderValue(QorColorTypeOf(count), parameter), m_count(count)
 {
     if (values)
         std::copy(values, values + MovedCount(), m_components);
@@ -36,4 +36,9 @@ int QorShaderValueColor::Get(void* out)
     if (out)
         std::copy(m_components, m_components + MovedCount(), static_cast<float*>(out));
     return m_modified;
+}
+
+const QorShaderValueGuards& QorShaderValueColor::Guards() const
+{
+    return kGuards;
 }

@@ -33,6 +33,8 @@ public:
     const float* Components() const { return m_components; }
 
 private:
+    const QorShaderValueGuards& Guards() const override;
+
     /// How many floats a read or a write moves. A count above 4 stays visible (type 2,
     /// GetComponentCount) but reads and writes stop at the four stored floats: moving more
     /// would run past the storage.

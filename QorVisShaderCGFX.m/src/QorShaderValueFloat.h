@@ -24,5 +24,6 @@ public:
     float Value() const { return m_value; }
 
 private:
+    const QorShaderValueGuards& Guards() const override;
     float m_value;
 };

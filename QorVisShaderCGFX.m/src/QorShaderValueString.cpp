@@ -18,7 +18,7 @@ char* CopyFile(const char* file)
 } // namespace
 
 QorShaderValueString::QorShaderValueString(CGparameter parameter, const char* file)
-    : QorShaderValue(kGuards, QorValueTexture, parameter), m_file(CopyFile(file))
+    : QorShaderValue(QorValueTexture, parameter), m_file(CopyFile(file))
 {
 }
 
@@ -61,4 +61,9 @@ QorShaderValueString* QorShaderValueString::FromValue(QorIShaderValue* value)
     int type = 0;
     value->GetType(&type);
     return type == QorValueTexture ? dynamic_cast<QorShaderValueString*>(value) : nullptr;
+}
+
+const QorShaderValueGuards& QorShaderValueString::Guards() const
+{
+    return kGuards;
 }

@@ -33,6 +33,7 @@ public:
     static QorShaderValueString* FromValue(QorIShaderValue* value);
 
 private:
+    const QorShaderValueGuards& Guards() const override;
     int m_loadState = 0;
     char* m_file = nullptr; // owned, _strdup copy, released with free
 };

@@ -333,8 +333,10 @@ int QorNvFXShaderParameters::SetThirdTexture(const char*)
 
 void QorNvFXShaderParameters::ResetModified(int index)
 {
-    if (index >= 1 && static_cast<size_t>(index - 1) < m_values.size() && m_values[static_cast<size_t>(index - 1)])
-        static_cast<QorNvFXShaderValue*>(m_values[static_cast<size_t>(index - 1)])->ClearChanged();
+    if (index < 1 || static_cast<size_t>(index - 1) >= m_values.size() || !m_values[static_cast<size_t>(index - 1)])
+        return;
+    static_cast<QorNvFXShaderValue*>(m_values[static_cast<size_t>(index - 1)])->ClearChanged();
+    QorChangedPositions::Bound(m_changedPositions, m_values, &QorNvFXShaderValue::GetChanged);
 }
 
 const QorShaderValueList* QorNvFXShaderParameters::GetValueList()
@@ -356,12 +358,9 @@ void QorNvFXShaderParameters::Append(QorNvFXShaderValue* value)
 
 void QorNvFXShaderParameters::Adopt(QorNvFXShaderValue* value)
 {
-    QorChangedPositions::Adopt(m_values, m_changedPositions, this, value, &QorNvFXShaderValue::GetChanged);
-}
-
-void QorNvFXShaderParameters::NoteChanged(int position)
-{
-    QorChangedPositions::Note(m_changedPositions, position, m_values, &QorNvFXShaderValue::GetChanged);
+    m_values.push_back(value);
+    QorChangedPositions::Adopt(m_changedPositions, value, static_cast<int>(m_values.size() - 1),
+                               &QorNvFXShaderValue::GetChanged);
 }
 
 void QorNvFXShaderParameters::AddValue(nvFX::IUniform* uniform, QorNvFXShaderValue* value)

@@ -1,7 +1,5 @@
 #include "QorVisShaders/QorNvFXShaderValue.h"
 
-#include "QorVisShaders/QorNvFXShaderParameters.h"
-
 #include <cstdint>
 
 int QorNvFXShaderValue::GetFloat(float*)
@@ -26,15 +24,6 @@ void QorNvFXShaderValue::SetColor(const float*) {}
 void QorNvFXShaderValue::SetFloat(float) {}
 
 void QorNvFXShaderValue::SetParameter(CGparameter) {}
-
-void QorNvFXShaderValue::MarkChanged()
-{
-    if (m_changed)
-        return;
-    m_changed = 1;
-    if (m_owner)
-        m_owner->NoteChanged(m_position);
-}
 
 int QorNvFXShaderValue::GetParameterToken() const
 {

@@ -106,8 +106,6 @@ public:
     /// Stores a copy of the name; its position, or -1 for a null name.
     int AddName(const char* name);
 
-    /// Told by a listed value when it becomes changed.
-    void NoteChanged(int position);
     /// Positions (from 0) of the values changed since the last ClearChangedPositions, in
     /// the order they changed; a position may be listed whose mark was cleared since, so
     /// readers test the value's mark.

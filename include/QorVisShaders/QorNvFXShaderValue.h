@@ -8,7 +8,8 @@
 #include "QorVisShaders/QorIShaderValue.h"
 #include "QorVisShaders/QorVisShadersExport.h"
 
-class QorNvFXShaderParameters;
+#include <vector>
+
 class QorStreamer;
 
 namespace nvFX {
@@ -57,11 +58,12 @@ public:
     int GetChanged() const { return m_changed; }
     void ClearChanged() { m_changed = 0; }
 
-    /// The set that lists this value at `position` (from 0); it is told each time the
-    /// value becomes changed, so that an upload visits only changed values.
-    void SetOwner(QorNvFXShaderParameters* owner, int position)
+    /// The changed-position list of the set that lists this value at `position` (from
+    /// 0); the value adds its position there each time it becomes changed, so that an
+    /// upload visits only changed values.
+    void SetOwner(std::vector<int>* changedPositions, int position)
     {
-        m_owner = owner;
+        m_changedPositions = changedPositions;
         m_position = position;
     }
 
@@ -73,10 +75,18 @@ protected:
     QorNvFXShaderValue(const QorNvFXShaderValue& other) : QorIShaderValue(), m_uniform(other.m_uniform) {}
 
     /// What every write does last: the value is changed, and its set learns it once.
-    void MarkChanged();
+    /// Inline: it runs for every value a renderer changes, every frame.
+    void MarkChanged()
+    {
+        if (m_changed)
+            return;
+        m_changed = 1;
+        if (m_changedPositions)
+            m_changedPositions->push_back(m_position);
+    }
 
     int m_changed = 1;
-    QorNvFXShaderParameters* m_owner = nullptr; // borrowed: the set that lists the value
+    std::vector<int>* m_changedPositions = nullptr; // borrowed from the set that lists the value
     int m_position = 0;
     nvFX::IUniform* m_uniform = nullptr; // borrowed
     int m_streamedToken = 0;             // what a record read back carried
