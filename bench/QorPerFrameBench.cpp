@@ -233,6 +233,13 @@ int main(int argc, char** argv)
             benchmark::RegisterBenchmark(name, PerFrame, kind, materials)
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
+        // How the ratio moves with the number of materials: from 8 on, the frame reaches
+        // all 64 Cg parameters, and every material adds its own data to what Cg works beside.
+        for (int count : {1, 10, 800})
+            benchmark::RegisterBenchmark(("PerFrame/Changed8/materials:" + std::to_string(count)).c_str(), PerFrame,
+                                         FrameKind::Changed, count)
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
         // Each iteration also draws a full frame, a hundred times longer than the timed one.
         benchmark::RegisterBenchmark("PerFrame/UnchangedShare", UnchangedShare, materials)
             ->UseManualTime()

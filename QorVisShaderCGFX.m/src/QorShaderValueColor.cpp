@@ -16,7 +16,7 @@ QorShaderValueColor::QorShaderValueColor(CGparameter parameter, const float* val
     : QorShaderValue(QorColorTypeOf(count), parameter), m_count(count)
 {
     if (values)
-        std::copy(values, values + MovedCount(), m_components);
+        Move(values, m_components);
 }
 
 QorShaderValueColor::QorShaderValueColor(const QorShaderValueColor& other)
@@ -34,7 +34,7 @@ int QorShaderValueColor::GetColor(float* values)
 int QorShaderValueColor::Get(void* out)
 {
     if (out)
-        std::copy(m_components, m_components + MovedCount(), static_cast<float*>(out));
+        Move(m_components, static_cast<float*>(out));
     return m_modified;
 }
 

@@ -22,7 +22,7 @@ public:
     {
         if (!values)
             return;
-        std::copy(values, values + MovedCount(), m_components);
+        Move(values, m_components);
         MarkModified();
     }
     /// Copies component-count floats into the float array `out`.
@@ -39,6 +39,27 @@ private:
     /// GetComponentCount) but reads and writes stop at the four stored floats: moving more
     /// would run past the storage.
     int MovedCount() const { return std::clamp(m_count, 0, 4); }
+    /// Copies MovedCount() floats. Unrolled: a copy of a variable count becomes a call to
+    /// memmove, which costs more than the four moves themselves.
+    void Move(const float* from, float* to) const
+    {
+        switch (MovedCount()) {
+        case 4:
+            to[3] = from[3];
+            [[fallthrough]];
+        case 3:
+            to[2] = from[2];
+            [[fallthrough]];
+        case 2:
+            to[1] = from[1];
+            [[fallthrough]];
+        case 1:
+            to[0] = from[0];
+            break;
+        default:
+            break;
+        }
+    }
 
     float m_components[4] = {};
     int m_count;
