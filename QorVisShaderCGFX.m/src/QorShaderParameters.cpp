@@ -114,22 +114,6 @@ const char* QorShaderParameters::GetParameterName(int index)
     return m_names.At(index);
 }
 
-QorIShaderValue* QorShaderParameters::ValueAt(int index) const
-{
-    // Index 0 is the technique and has no value; a lower one would read before the list.
-    if (index < 1 || static_cast<size_t>(index - 1) >= m_values.size())
-        return nullptr;
-    return m_values[static_cast<size_t>(index - 1)];
-}
-
-QorIShaderValue* QorShaderParameters::TypedValueAt(int index, int type) const
-{
-    QorIShaderValue* value = ValueAt(index);
-    if (!value || type == 0)
-        return value;
-    return static_cast<QorShaderValue*>(value)->Type() == type ? value : nullptr;
-}
-
 QorIShaderValue* QorShaderParameters::GetValue(int position)
 {
     if (position < m_names.Count())
@@ -151,28 +135,6 @@ int QorShaderParameters::GetParameterType(int index)
     int type = 0;
     value->GetType(&type);
     return type;
-}
-
-int QorShaderParameters::SetColorValue(int index, const float* rgba)
-{
-    QorIShaderValue* value = ValueAt(index);
-    if (!value)
-        return -1;
-    // A value of another kind reports the mismatch itself.
-    if (QorIsColorType(static_cast<QorShaderValue*>(value)->Type()))
-        static_cast<QorShaderValueColor*>(value)->SetColor(rgba);
-    else
-        value->SetColor(rgba);
-    return 0;
-}
-
-int QorShaderParameters::SetFloatValue(int index, float value)
-{
-    QorIShaderValue* floatValue = TypedValueAt(index, QorValueFloat);
-    if (!floatValue)
-        return -1;
-    static_cast<QorShaderValueFloat*>(floatValue)->SetFloat(value);
-    return 0;
 }
 
 int QorShaderParameters::SetTextureValue(int index, const char* file, int reload)
