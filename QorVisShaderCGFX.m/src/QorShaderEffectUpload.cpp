@@ -18,7 +18,8 @@ namespace {
 
 // Feeds one value to the Cg parameter it mirrors. Colours go through the sized vector
 // setters: their component count always matches the parameter the effect made them from.
-void PushValue(QorShaderValue& value, CGparameter parameter)
+// Inlined into the upload loop, which runs for every changed value of every frame.
+[[gnu::always_inline]] inline void PushValue(QorShaderValue& value, CGparameter parameter)
 {
     switch (value.Type()) {
     case QorValueFloat:
