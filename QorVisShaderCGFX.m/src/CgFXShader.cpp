@@ -45,21 +45,6 @@ void CgFXShader::SelectParameters(QorIShaderParameters* parameters)
     Effect()->SelectParameters(static_cast<QorShaderParameters*>(parameters));
 }
 
-int CgFXShader::SetParameterFloat(int index, float value)
-{
-    if (index < 1 || !m_parameters)
-        return QorShaderObject::SetParameterFloat(index, value);
-    return Parameters()->SetFloatValue(index, value);
-}
-
-int CgFXShader::SetParameterColor(int index, float r, float g, float b, float a)
-{
-    if (index < 1 || !m_parameters)
-        return QorShaderObject::SetParameterColor(index, r, g, b, a);
-    const float rgba[4] = {r, g, b, a};
-    return Parameters()->SetColorValue(index, rgba);
-}
-
 QorIShader* CgFXShader::Clone()
 {
     return new (std::nothrow) CgFXShader(*this);

@@ -26,10 +26,6 @@ public:
     int GetParameterFloatMinMaxStep(int index, float& min, float& max, float& step, char** widget,
                                     char** name) override;
     int GetParameterColor(int index, float* r, float* g, float* b, float* a) override;
-    /// A value of the set goes straight to the CgFX set: a renderer changes some every
-    /// frame. Index 0 and a shader without a set go the common way.
-    int SetParameterFloat(int index, float value) override;
-    int SetParameterColor(int index, float r, float g, float b, float a) override;
     int GetParameterString(int index, char* buffer) override;
     void SetFileName(const QorString& name) override { LoadFile(name, false); }
     bool GenerateParameters() override;

@@ -32,7 +32,8 @@ QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
 {
     m_modifiedPositions.reserve(m_values.size());
     for (std::size_t position = 0; position < m_values.size(); ++position)
-        Adopt(position);
+        QorChangedPositions::Adopt(m_modifiedPositions, static_cast<QorShaderValue*>(m_values[position]),
+                                   static_cast<int>(position), &QorShaderValue::GetModified);
     std::copy(other.m_cachedIndexes, other.m_cachedIndexes + 3, m_cachedIndexes);
 
     std::unique_ptr<QorShaderValueString>* const slots[] = {&m_firstTexture, &m_secondTexture, &m_thirdTexture};
@@ -41,7 +42,6 @@ QorShaderParameters::QorShaderParameters(const QorShaderParameters& other)
     for (int i = 0; i < 3; ++i)
         if (sources[i])
             slots[i]->reset(static_cast<QorShaderValueString*>(CopyValue(sources[i])));
-
 
     m_interfaces.reserve(other.m_interfaces.size());
     for (const InterfaceEntry& entry : other.m_interfaces)
@@ -114,6 +114,22 @@ const char* QorShaderParameters::GetParameterName(int index)
     return m_names.At(index);
 }
 
+QorIShaderValue* QorShaderParameters::ValueAt(int index) const
+{
+    // Index 0 is the technique and has no value; a lower one would read before the list.
+    if (index < 1 || static_cast<size_t>(index - 1) >= m_values.size())
+        return nullptr;
+    return m_values[static_cast<size_t>(index - 1)];
+}
+
+QorIShaderValue* QorShaderParameters::TypedValueAt(int index, int type) const
+{
+    QorIShaderValue* value = ValueAt(index);
+    if (!value || type == 0)
+        return value;
+    return static_cast<QorShaderValue*>(value)->Type() == type ? value : nullptr;
+}
+
 QorIShaderValue* QorShaderParameters::GetValue(int position)
 {
     if (position < m_names.Count())
@@ -135,6 +151,28 @@ int QorShaderParameters::GetParameterType(int index)
     int type = 0;
     value->GetType(&type);
     return type;
+}
+
+int QorShaderParameters::SetColorValue(int index, const float* rgba)
+{
+    QorIShaderValue* value = ValueAt(index);
+    if (!value)
+        return -1;
+    // A value of another kind reports the mismatch itself.
+    if (QorIsColorType(static_cast<QorShaderValue*>(value)->Type()))
+        static_cast<QorShaderValueColor*>(value)->SetColor(rgba);
+    else
+        value->SetColor(rgba);
+    return 0;
+}
+
+int QorShaderParameters::SetFloatValue(int index, float value)
+{
+    QorIShaderValue* floatValue = TypedValueAt(index, QorValueFloat);
+    if (!floatValue)
+        return -1;
+    static_cast<QorShaderValueFloat*>(floatValue)->SetFloat(value);
+    return 0;
 }
 
 int QorShaderParameters::SetTextureValue(int index, const char* file, int reload)
@@ -273,14 +311,8 @@ void QorShaderParameters::AppendValue(QorIShaderValue* value)
 {
     if (std::find(m_values.rbegin(), m_values.rend(), value) != m_values.rend())
         return;
-    m_values.push_back(value);
-    Adopt(m_values.size() - 1);
-}
-
-void QorShaderParameters::Adopt(std::size_t position)
-{
-    QorChangedPositions::Adopt(m_modifiedPositions, static_cast<QorShaderValue*>(m_values[position]),
-                               static_cast<int>(position), &QorShaderValue::GetModified);
+    QorChangedPositions::Append(m_values, m_modifiedPositions, static_cast<QorShaderValue*>(value),
+                                &QorShaderValue::GetModified);
 }
 
 QorShaderValueList QorShaderParameters::CopyValues(const QorShaderValueList& values)

@@ -8,17 +8,13 @@
 /// the library: callers reach it through QorIShaderParameters.
 #pragma once
 
-#include "QorShaderValueColor.h"
-#include "QorShaderValueFloat.h"
 #include "QorVisShaders/QorIShaderParameters.h"
-#include "QorVisShaders/QorShaderValueType.h"
 
 #include "QorSystem/QorString.h"
 #include "QorVisShaderShared/QorShaderParameterNames.h"
 
 #include <Cg/cg.h>
 
-#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -42,28 +38,8 @@ public:
     void UnStream(QorStreamer& streamer) override;
     int GetNbParameters() override;
     int GetParameterIndex(const char* name) override;
-    // Inline, with the look-ups they make: they run for every value a renderer changes,
-    // every frame, and the CgFX shader object calls them directly.
-    int SetColorValue(int index, const float* rgba) override
-    {
-        QorIShaderValue* value = ValueAt(index);
-        if (!value)
-            return -1;
-        // A value of another kind reports the mismatch itself.
-        if (QorIsColorType(static_cast<QorShaderValue*>(value)->Type()))
-            static_cast<QorShaderValueColor*>(value)->SetColor(rgba);
-        else
-            value->SetColor(rgba);
-        return 0;
-    }
-    int SetFloatValue(int index, float value) override
-    {
-        QorIShaderValue* floatValue = TypedValueAt(index, QorValueFloat);
-        if (!floatValue)
-            return -1;
-        static_cast<QorShaderValueFloat*>(floatValue)->SetFloat(value);
-        return 0;
-    }
+    int SetColorValue(int index, const float* rgba) override;
+    int SetFloatValue(int index, float value) override;
     int SetTextureValue(int index, const char* file, int reload) override;
     const char* GetParameterName(int index) override;
     QorIShaderValue* GetValue(int position) override;
@@ -139,28 +115,13 @@ private:
     using InterfaceEntry = std::pair<char*, QorShaderInterfaceRecord*>; // name _strdup'd, record owned
 
     /// The value at parameter index `index` (from 1), or null when it is not in the list.
-    QorIShaderValue* ValueAt(int index) const
-    {
-        // Index 0 is the technique and has no value; a lower one would read before the list.
-        if (index < 1 || static_cast<size_t>(index - 1) >= m_values.size())
-            return nullptr;
-        return m_values[static_cast<size_t>(index - 1)];
-    }
+    QorIShaderValue* ValueAt(int index) const;
     /// The value at `index` when it exists and is of `type` (0: any type), else null.
-    QorIShaderValue* TypedValueAt(int index, int type) const
-    {
-        QorIShaderValue* value = ValueAt(index);
-        if (!value || type == 0)
-            return value;
-        return static_cast<QorShaderValue*>(value)->Type() == type ? value : nullptr;
-    }
+    QorIShaderValue* TypedValueAt(int index, int type) const;
     /// The raw read of GetFloatValue, GetColorValue and GetTextureValue.
     int ReadValue(int index, void* out, int onlyIfModified, int type) const;
     /// Appends the value unless that very pointer is listed already.
     void AppendValue(QorIShaderValue* value);
-    /// Makes the set the owner of the value at `position` and lists it when it comes
-    /// modified.
-    void Adopt(std::size_t position);
     void AddParameterValue(CGparameter parameter, QorIShaderValue* value);
 
     /// Changes one texture value's file name, keeping the texture registry in step.

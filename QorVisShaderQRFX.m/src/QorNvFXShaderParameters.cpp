@@ -358,9 +358,7 @@ void QorNvFXShaderParameters::Append(QorNvFXShaderValue* value)
 
 void QorNvFXShaderParameters::Adopt(QorNvFXShaderValue* value)
 {
-    m_values.push_back(value);
-    QorChangedPositions::Adopt(m_changedPositions, value, static_cast<int>(m_values.size() - 1),
-                               &QorNvFXShaderValue::GetChanged);
+    QorChangedPositions::Append(m_values, m_changedPositions, value, &QorNvFXShaderValue::GetChanged);
 }
 
 void QorNvFXShaderParameters::AddValue(nvFX::IUniform* uniform, QorNvFXShaderValue* value)

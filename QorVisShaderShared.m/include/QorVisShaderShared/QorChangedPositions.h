@@ -28,6 +28,14 @@ void Adopt(std::vector<int>& positions, Value* value, int position, int (Value::
         positions.push_back(position);
 }
 
+/// Appends `value` to the set's `values` and adopts it at that position.
+template <typename Value>
+void Append(QorShaderValueList& values, std::vector<int>& positions, Value* value, int (Value::*changed)() const)
+{
+    values.push_back(value);
+    Adopt(positions, value, static_cast<int>(values.size() - 1), changed);
+}
+
 /// Called where a mark is cleared outside an upload: only such a clear lets a value be
 /// listed twice, when it changes again before the next upload. Past a bound the list is
 /// made anew from the marks, so it never outgrows the set however often a renderer
