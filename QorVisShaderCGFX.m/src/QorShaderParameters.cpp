@@ -309,7 +309,9 @@ int QorShaderParameters::SetThirdTexture(const char* file)
 
 void QorShaderParameters::AppendValue(QorIShaderValue* value)
 {
-    if (std::find(m_values.rbegin(), m_values.rend(), value) != m_values.rend())
+    // An empty place (a record read back with no value) is always kept: it holds a name's
+    // position.
+    if (value && std::find(m_values.rbegin(), m_values.rend(), value) != m_values.rend())
         return;
     QorChangedPositions::Append(m_values, m_modifiedPositions, static_cast<QorShaderValue*>(value),
                                 &QorShaderValue::GetModified);
@@ -317,11 +319,12 @@ void QorShaderParameters::AppendValue(QorIShaderValue* value)
 
 QorShaderValueList QorShaderParameters::CopyValues(const QorShaderValueList& values)
 {
+    // Every place is kept, an empty one too, so that the copy's values stay beside their
+    // names.
     QorShaderValueList copies;
     copies.reserve(values.size());
     for (QorIShaderValue* value : values)
-        if (QorIShaderValue* copy = CopyValue(value))
-            copies.push_back(copy);
+        copies.push_back(CopyValue(value));
     return copies;
 }
 

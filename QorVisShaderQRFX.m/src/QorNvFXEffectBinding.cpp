@@ -10,6 +10,7 @@
 #include <nvFX/IAnnotation.h>
 #include <nvFX/IContainer.h>
 #include <nvFX/IUniform.h>
+#include <nvFX/IUniformEx.h>
 #include <nvFX/nvFX.h>
 
 #include <cstdio>
@@ -189,4 +190,49 @@ void QorNvFXEffect::addUserParameter(nvFX::IUniform* uniform, int type)
     default:
         break;
     }
+}
+
+namespace {
+
+// How a uniform's type reads in a sentence, for the types no user edits.
+std::string KindOf(int type)
+{
+    using U = nvFX::IUniform;
+    if (type >= U::TInt && type <= U::TInt4)
+        return "an int uniform: GLSL int and bool uniforms are not user parameters";
+    if (type >= U::TBool && type <= U::TBool4)
+        return "a bool uniform: GLSL int and bool uniforms are not user parameters";
+    if (type >= U::TMat2 && type <= U::TMat4)
+        return "a matrix uniform, which no user edits";
+    if (type == U::TSampler1D || type == U::TSampler3D)
+        return "a 1D or 3D sampler, which takes no texture file";
+    return "a uniform of a type no user edits";
+}
+
+} // namespace
+
+std::string QorNvFXEffect::WhyNotUserParameter(const char* name) const
+{
+    nvFX::IUniform* uniform = m_container && name ? m_container->findUniform(name) : nullptr;
+    if (!uniform && m_container && name)
+        uniform = m_container->findBufferUniform(name);
+    if (!uniform)
+        return "";
+    const char* semantic = uniform->getSemantic();
+    if (semantic && *semantic) {
+        bool fed = false;
+        for (const SemanticBinding& binding : kSemantics)
+            fed = fed || std::strcmp(binding.semantic, semantic) == 0;
+        for (const char* reserved : kReservedSemantics)
+            fed = fed || std::strcmp(reserved, semantic) == 0;
+        if (fed)
+            return "the GLSL effect feeds it from the renderer (semantic \"" + std::string(semantic) + "\")";
+    }
+    if (QorHiddenParameters::IsHiddenName(name))
+        return "the GLSL effect keeps a uniform of this name from the user's values";
+    const nvFX::IUniformEx* extended = uniform->getExInterface();
+    if (extended && extended->getBufferName())
+        return "the GLSL effect declares it in the constant buffer \"" + std::string(extended->getBufferName()) +
+               "\", whose members are not user parameters";
+    return "the GLSL effect declares it as " + KindOf(uniform->getType());
 }

@@ -2,7 +2,11 @@
 // include callback, and selecting the first technique.
 #include "QorVisShaders/QorNvFXEffect.h"
 
+#include "QorNvFXCallbacks.h"
+
 #include "QorVisShaderShared/QorShaderSearch.h"
+
+#include "QorDiagnostics/QorDebugOutput.h"
 
 #include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorNvFXShaderParameters.h"
@@ -14,10 +18,9 @@
 #include <cstdio>
 #include <unistd.h>
 
-// The nvFX include callback: ".hfx" and ".glslfxh" includes are files, found as named or
-// under "\shaders\" of "QorGraphicPath", then of "QorStartupPath"; other names are left
-// to nvFX (the outputs untouched). A missing file prints the last path tried, without a
-// newline, and answers no file; the text output is never written.
+// ".hfx" and ".glslfxh" includes are files, found as named or under "\shaders\" of
+// "QorGraphicPath", then of "QorStartupPath". A missing file prints the last path tried,
+// without a newline, and answers no file.
 void myIncludeCb(const char* name, FILE*& file, const char*& text)
 {
     (void)text;
@@ -38,6 +41,16 @@ void myIncludeCb(const char* name, FILE*& file, const char*& text)
     // The path is data: a "%" in a folder's name prints as it is.
     nvFX::printf("%s", lastTried.c_str());
     file = nullptr;
+}
+
+void myErrorCb(const char* message)
+{
+    if (!message)
+        return;
+    OutputDebugStringA(message);
+    // Printed as it stands: taken as the format itself, a '%' in a message (a path, a
+    // user's text) would make printf read arguments that are not there.
+    std::printf("%s", message);
 }
 
 QorNvFXShaderParameters* QorNvFXEffect::Load()

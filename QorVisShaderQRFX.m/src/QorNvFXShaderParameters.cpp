@@ -69,10 +69,11 @@ QorNvFXShaderParameters::QorNvFXShaderParameters(const QorNvFXShaderParameters& 
 {
     if (other.m_sharedTexture)
         m_sharedTexture.reset(static_cast<QorNvFXShaderValueString*>(Copy(other.m_sharedTexture.get())));
+    // Every place is kept, an empty one too, so that the copy's values stay beside their
+    // names.
     m_values.reserve(other.m_values.size());
     for (QorIShaderValue* value : other.m_values)
-        if (QorNvFXShaderValue* copy = Copy(value))
-            Adopt(copy);
+        Adopt(Copy(value));
 }
 
 QorNvFXShaderParameters::~QorNvFXShaderParameters()
@@ -352,7 +353,9 @@ int QorNvFXShaderParameters::SetInterface(const char*, QorShaderInterfaceRecord*
 
 void QorNvFXShaderParameters::Append(QorNvFXShaderValue* value)
 {
-    if (std::find(m_values.rbegin(), m_values.rend(), value) == m_values.rend())
+    // An empty place (a record read back with no value) is always kept: it holds a name's
+    // position.
+    if (!value || std::find(m_values.rbegin(), m_values.rend(), value) == m_values.rend())
         Adopt(value);
 }
 

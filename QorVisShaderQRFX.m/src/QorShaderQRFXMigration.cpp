@@ -2,12 +2,14 @@
 
 #include "QorNvFXShader.h"
 
+#include "QorVisShaderShared/QorShaderSearch.h"
 #include "QorVisShaderShared/QorShaderValueCopy.h"
 
 #include "QorSysMultiThreading/QorMutex.h"
 #include "QorSystem/QorStrings.h"
 #include "QorVisShaders/QorNvFXEffect.h"
 #include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -18,8 +20,8 @@
 
 struct QorShaderQRFXMigration::Entry
 {
-    Entry(QorIShader* registered, QorNvFXShaderParameters* stored, const char* storedName)
-        : shader(registered), parameters(stored), name(_strdup(storedName))
+    Entry(std::shared_ptr<QorIShader* const> registered, QorNvFXShaderParameters* stored, const char* storedName)
+        : shader(std::move(registered)), parameters(stored), name(_strdup(storedName))
     {
     }
     ~Entry()
@@ -30,10 +32,36 @@ struct QorShaderQRFXMigration::Entry
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
 
-    QorIShader* shader;                  // not owned
-    QorNvFXShaderParameters* parameters; // owned
-    char* name;                          // owned, C heap
+    std::shared_ptr<QorIShader* const> shader; // names the shader while it lives, null after
+    QorNvFXShaderParameters* parameters;       // owned
+    char* name;                                // owned, C heap
+    std::unique_ptr<QorShaderMigrationReport> report; // of the last run
 };
+
+namespace {
+
+using Outcome = QorShaderMigrationReport::Outcome;
+
+Outcome OutcomeOf(QorValueCopy copy)
+{
+    switch (copy) {
+    case QorValueCopy::Copied:
+        return Outcome::Carried;
+    case QorValueCopy::Narrowed:
+        return Outcome::CarriedNarrowed;
+    case QorValueCopy::Widened:
+        return Outcome::CarriedWidened;
+    case QorValueCopy::Empty:
+        return Outcome::NoImage;
+    case QorValueCopy::NotAValue:
+        return Outcome::NotAValue;
+    case QorValueCopy::Refused:
+        break;
+    }
+    return Outcome::OtherType;
+}
+
+} // namespace
 
 QorShaderQRFXMigration::QorShaderQRFXMigration() : m_lock(std::make_shared<QorMutex>()) {}
 
@@ -46,11 +74,14 @@ int QorShaderQRFXMigration::AddShaderToMigrate(QorIShader* shader, const QorUnic
 {
     auto* stored = parameters ? dynamic_cast<QorNvFXShaderParameters*>(parameters) : nullptr;
     auto* copy = stored ? new (std::nothrow) QorNvFXShaderParameters(*stored) : nullptr;
-    if (!m_lock) {
+    // Only a shader that says when it goes can be kept until the run: a plain pointer
+    // would dangle once its owner destroys it before the document is read.
+    auto* object = dynamic_cast<QorShaderObject*>(shader);
+    if (!m_lock || !object) {
         delete copy;
         return 1;
     }
-    auto entry = std::shared_ptr<Entry>(new (std::nothrow) Entry(shader, copy, effectName.c_str()));
+    auto entry = std::shared_ptr<Entry>(new (std::nothrow) Entry(object->Lifetime(), copy, effectName.c_str()));
     if (!entry)
         return 1;
     const std::lock_guard<QorMutex> lock(*m_lock);
@@ -73,35 +104,65 @@ QorUnicodeString QorShaderQRFXMigration::GlslfxName(const QorUnicodeString& stor
 int QorShaderQRFXMigration::MigrateToQRFX()
 {
     for (const std::shared_ptr<Entry>& entry : m_entries)
-        if (entry && entry->shader)
+        if (entry)
             Migrate(*entry);
     return 0;
 }
 
 void QorShaderQRFXMigration::Migrate(Entry& entry)
 {
-    QorIShader& shader = *entry.shader;
+    entry.report.reset(new (std::nothrow) QorShaderMigrationReport());
+    QorShaderMigrationReport scratch; // stands in when the report cannot be kept
+    QorShaderMigrationReport& report = entry.report ? *entry.report : scratch;
+    QorIShader* alive = entry.shader ? *entry.shader : nullptr;
+    if (!alive) {
+        report.shaderGone = true;
+        return;
+    }
+    QorIShader& shader = *alive;
     QorUnicodeString stored(entry.name ? entry.name : "");
     if (stored.IsEmpty() && shader.GetIShaderEffect() && shader.GetIShaderEffect()->GetName())
         stored = QorUnicodeString(shader.GetIShaderEffect()->GetName());
-    shader.SetFileName(QorString(GlslfxName(stored).c_str()));
+    const QorString glslfx(GlslfxName(stored).c_str());
+    report.glslfxName = glslfx.c_str();
+    QorString found;
+    report.found = QorShaderSearch::FindShaderFile(glslfx, found);
+    report.foundPath = found.c_str();
+    shader.SetFileName(glslfx);
     shader.GenerateParameters();
+
+    QorNvFXShaderParameters* values = entry.parameters;
+    if (values) {
+        report.storedNames = values->GetNbParameters() - 1;
+        report.storedValues = static_cast<int>(values->GetValueList()->size());
+    }
     // Only a GLSL-effect shader can take GLSL values.
-    if (shader.GetImplementation() != QorFxQRFX || !shader.GetIShaderEffect() || !entry.parameters)
-        return;
-    auto& glslShader = static_cast<QorNvFXShader&>(shader);
-    QorNvFXShaderParameters* defaults = static_cast<QorNvFXEffect*>(shader.GetIShaderEffect())->GetParameters();
-    if (!defaults || (!shader.GetIShaderParameters() && !glslShader.AdoptParameters(*defaults)))
-        return;
-    QorIShaderParameters& target = *shader.GetIShaderParameters();
-    QorNvFXShaderParameters& values = *entry.parameters;
-    for (int index = 1; index < values.GetNbParameters(); ++index) {
-        const int found = target.GetParameterIndex(values.GetParameterName(index));
-        if (found < 0) {
+    auto* effect = shader.GetImplementation() == QorFxQRFX ? static_cast<QorNvFXEffect*>(shader.GetIShaderEffect())
+                                                            : nullptr;
+    QorNvFXShaderParameters* defaults = effect ? effect->GetParameters() : nullptr;
+    if (defaults && !shader.GetIShaderParameters())
+        static_cast<QorNvFXShader&>(shader).AdoptParameters(*defaults);
+    QorIShaderParameters* target = defaults ? shader.GetIShaderParameters() : nullptr;
+    report.loaded = target != nullptr;
+    for (int index = 1; values && index <= report.storedNames; ++index) {
+        QorShaderMigrationReport::Value value;
+        const char* name = values->GetParameterName(index);
+        value.name = name ? name : "";
+        value.storedType = values->GetParameterType(index);
+        if (!target) {
+            value.outcome = Outcome::NoEffect;
+        } else if (index > report.storedValues) {
+            // Names and values pair by position; a name past the last value has none.
+            value.outcome = Outcome::Unpaired;
+        } else if (const int at = target->GetParameterIndex(name); at < 0) {
             std::printf("Bad index \n");
-            continue;
+            value.why = effect->WhyNotUserParameter(name);
+            value.outcome = value.why.empty() ? Outcome::NoParameter : Outcome::NotUserParameter;
+        } else {
+            value.newType = target->GetParameterType(at);
+            value.outcome = OutcomeOf(QorCopyParameterValue(*values, index, *target, at));
         }
-        QorCopyParameterValue(values, index, target, found);
+        report.values.push_back(std::move(value));
     }
 }
 
@@ -113,7 +174,7 @@ const QorShaderQRFXMigration::Entry* QorShaderQRFXMigration::EntryAt(std::size_t
 QorIShader* QorShaderQRFXMigration::GetEntryShader(std::size_t entry) const
 {
     const Entry* found = EntryAt(entry);
-    return found ? found->shader : nullptr;
+    return found && found->shader ? *found->shader : nullptr;
 }
 
 const char* QorShaderQRFXMigration::GetEntryName(std::size_t entry) const
@@ -126,4 +187,21 @@ QorIShaderParameters* QorShaderQRFXMigration::GetEntryParameters(std::size_t ent
 {
     const Entry* found = EntryAt(entry);
     return found ? found->parameters : nullptr;
+}
+
+const QorShaderMigrationReport* QorShaderQRFXMigration::GetEntryReport(std::size_t entry) const
+{
+    const Entry* found = EntryAt(entry);
+    return found ? found->report.get() : nullptr;
+}
+
+bool QorShaderMigrationReport::CarriedEverything() const
+{
+    if (!loaded || storedNames != storedValues)
+        return false;
+    for (const Value& value : values)
+        if (value.outcome != Outcome::Carried && value.outcome != Outcome::CarriedNarrowed &&
+            value.outcome != Outcome::CarriedWidened && value.outcome != Outcome::NoImage)
+            return false;
+    return true;
 }

@@ -18,7 +18,16 @@ QorShaderObject::QorShaderObject(const QorShaderObject& other)
 
 QorShaderObject::~QorShaderObject()
 {
+    if (m_lifetime)
+        *m_lifetime = nullptr;
     delete m_parameters;
+}
+
+std::shared_ptr<QorIShader* const> QorShaderObject::Lifetime()
+{
+    if (!m_lifetime)
+        m_lifetime = std::make_shared<QorIShader*>(this);
+    return m_lifetime;
 }
 
 int QorShaderObject::Detach()

@@ -21,8 +21,13 @@ void ReadTexture(QorStreamer& streamer, QorShaderValueRecordSink& sink)
     QorTexturePixelImage* image = nullptr;
     if (QorResourceZPKContainer* container = streamer.GetResourceZPKContainer())
         container->GetResource(streamer, image);
-    if (!image)
+    if (!image) {
+        // Stored without its image (a value without a file, or one whose file could not
+        // be read when it was written): the place stays, with nothing to take.
+        if (!streamer.IsFailed())
+            sink.OnTexture(nullptr);
         return;
+    }
     const QorString file = QorShaderTextureCache::Adopt(streamer, *image);
     sink.OnTexture(file.c_str());
 }
@@ -124,6 +129,8 @@ void ReadValues(QorStreamer& streamer, QorShaderValueRecordSink& sink)
         } else if (QorIsColorType(type)) {
             if (ReadColor(streamer, token, numbers))
                 sink.OnColor(type, numbers);
+        } else {
+            sink.OnEmpty();
         }
     }
 }

@@ -13,6 +13,7 @@
 #include "QorSystem/QorString.h"
 #include "QorSystem/QorUnicodeString.h"
 
+#include <string>
 #include <vector>
 
 class QorNvFXShaderParameters;
@@ -168,6 +169,10 @@ public:
     const std::vector<QorString>& GetLoadWarnings() const { return m_loadWarnings; }
     int GetLightCount() const { return m_lightCount; }
     const QorUnicodeString& GetSource() const { return m_source; }
+    /// Why the uniform `name` of the loaded effect is none of its user parameters: the
+    /// renderer feeds it by semantic, its name keeps it from the user, or its type is none
+    /// a user edits. Empty when the effect declares no uniform of that name.
+    std::string WhyNotUserParameter(const char* name) const;
 
     QorNvFXEffect(const QorNvFXEffect&) = delete;
     QorNvFXEffect& operator=(const QorNvFXEffect&) = delete;

@@ -10,6 +10,7 @@
 
 #include "QorSystem/QorUnicodeString.h"
 #include "QorVisFoundation/QorStreamMigration.h"
+#include "QorVisShaders/QorShaderMigrationReport.h"
 
 #include <cstddef>
 #include <list>
@@ -32,16 +33,18 @@ public:
     QorShaderQRFXMigration& operator=(const QorShaderQRFXMigration& other) = default;
     ~QorShaderQRFXMigration() override;
 
-    /// Registers `shader` (borrowed: it must outlive the migration's run) with a copy of
-    /// the stored effect name and of `parameters`, under the lock; safe from several
-    /// threads at once. Returns 1 in every case.
+    /// Registers `shader` with a copy of the stored effect name and of `parameters`, under
+    /// the lock; safe from several threads at once. A shader destroyed before the run
+    /// leaves the migration with it: its entry is passed over. Only the library's own
+    /// shader objects can be followed so; another is not recorded. Returns 1 in every case.
     int AddShaderToMigrate(QorIShader* shader, const QorUnicodeString& effectName, QorIShaderParameters* parameters);
-    /// For each registered shader, from the first: the stored name (or the name of the
-    /// shader's effect when empty) cut at its first "." and after its last "\", with
-    /// ".glslfx" added, is given to the shader's SetFileName, its values are generated, and
-    /// the stored values are copied in by parameter name ("Bad index \n" on standard output
-    /// for a name the new effect lacks). Runs without the lock; the entries stay, so a
-    /// second run repeats the work. Returns 0.
+    /// For each registered shader still alive, from the first: the stored name (or the
+    /// name of the shader's effect when empty) cut at its first "." and after its last
+    /// "\", with ".glslfx" added, is given to the shader's SetFileName, its values are
+    /// generated, and the stored values are copied in by parameter name ("Bad index \n" on
+    /// standard output for a name the new effect lacks). Each entry's report says what
+    /// happened. Runs without the lock; the entries stay, so a second run repeats the work.
+    /// Returns 0.
     int MigrateToQRFX();
     void Migrate() override { MigrateToQRFX(); }
 
@@ -50,10 +53,13 @@ public:
 
     // What was registered, in order, for the tools that report a migration.
     std::size_t GetEntryCount() const { return m_entries.size(); }
+    /// Null once the shader is gone.
     QorIShader* GetEntryShader(std::size_t entry) const;
     const char* GetEntryName(std::size_t entry) const;
     /// The stored values of the entry; owned by the migration.
     QorIShaderParameters* GetEntryParameters(std::size_t entry) const;
+    /// What the last run did with the entry; null for a bad index or before the first run.
+    const QorShaderMigrationReport* GetEntryReport(std::size_t entry) const;
 
 private:
     struct Entry;

@@ -1,6 +1,7 @@
 #include "CgFXShader.h"
 
 #include "QorShaderParameters.h"
+#include "QorRegistryGuard.h"
 #include "QorTestMaterial.h"
 #include "QorTestSupport.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
@@ -228,6 +229,39 @@ TEST(CgFXShaderTest, StreamCarriesValuesAndTheEffectThroughTheContainer)
     broken->UnStream(truncated);
     EXPECT_FALSE(broken->HasEffect());
     EXPECT_EQ(broken->GetNbParameters(), -1);
+}
+
+TEST(CgFXShaderTest, ATextureStoredWithoutItsImageLeavesEveryValueOnItsName)
+{
+    QorRegistryGuard registry;
+    QorResourceZPKContainer container;
+    QorStreamer streamer;
+    streamer.SetResourceZPKContainer(&container);
+    const char* const text = R"(
+sampler2D ColorMap;
+float B = 1;
+float C = 2;
+float4 PS() : COLOR { return tex2D(ColorMap, float2(B, C)); }
+technique T { pass p0 { FragmentProgram = compile arbfp1 PS(); } }
+)";
+    {
+        ShaderPtr written(new CgFXShader());
+        written->SetBuffer(text, "paint.cgfx");
+        ASSERT_TRUE(written->GenerateParameters());
+        written->SetParameterFloat(2, 10.0f);
+        written->SetParameterFloat(3, 20.0f);
+        written->Stream(streamer); // ColorMap names no file: it goes without an image
+    }
+    streamer.Rewind();
+    ShaderPtr read(new CgFXShader());
+    read->UnStream(streamer);
+    ASSERT_EQ(read->GetNbParameters(), 4);
+    float b = 0, c = 0;
+    read->GetParameterFloat(2, &b);
+    read->GetParameterFloat(3, &c);
+    EXPECT_FLOAT_EQ(b, 10.0f);
+    EXPECT_FLOAT_EQ(c, 20.0f);
+    EXPECT_EQ(read->GetParameterType(1), 4);
 }
 
 TEST(CgFXShaderTest, EveryFloatSelectsATechniqueSafely)

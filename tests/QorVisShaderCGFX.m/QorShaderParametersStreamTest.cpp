@@ -162,7 +162,7 @@ TEST(QorShaderParametersStreamTest, ValuesRoundTripWithTheirTokensButWithoutHand
     }
 }
 
-TEST(QorShaderParametersStreamTest, UnknownTypesAndTexturesWithoutAContainerReadNothingMore)
+TEST(QorShaderParametersStreamTest, UnknownTypesAndTexturesWithoutImagesKeepTheirPlaces)
 {
     QorRegistryGuard registry;
     QorShaderParameters set;
@@ -170,10 +170,24 @@ TEST(QorShaderParametersStreamTest, UnknownTypesAndTexturesWithoutAContainerRead
     QorStreamer stream(Ints({0, 3, 3, 4, 77, 1, 12}, {1.5f}));
     set.UnStream(stream);
     EXPECT_FALSE(stream.IsFailed());
-    ASSERT_EQ(set.GetValueList()->size(), 1u) << "the texture had no image to hold";
+    // The values read (no names came with them), as a list of type codes, 0 for an empty place.
+    const auto types = [](QorShaderParameters& of) {
+        std::vector<int> codes;
+        for (QorIShaderValue* value : *of.GetValueList()) {
+            int type = 0;
+            if (value)
+                value->GetType(&type);
+            codes.push_back(type);
+        }
+        return codes;
+    };
+    EXPECT_EQ(types(set), (std::vector<int>{0, 4, 1})) << "every record keeps its place, so values stay by their names";
+    EXPECT_EQ(TextureOf(set, 2), "<null>") << "a texture without an image";
     float number = 0;
-    set.GetFloatValue(1, &number, 0);
+    set.GetFloatValue(3, &number, 0);
     EXPECT_FLOAT_EQ(number, 1.5f);
+    QorShaderParameters copy(set);
+    EXPECT_EQ(types(copy), types(set)) << "a copy keeps the empty place";
 }
 
 TEST(QorShaderParametersStreamTest, TruncatedAndCorruptStreamsLeaveTheSetUsable)
@@ -385,8 +399,9 @@ TEST(QorShaderParametersStreamTest, MissingImagesAndUnusableCacheFoldersDegrade)
     set.AddTextureParameter(cg.Parameter("bump"), png.c_str());
     QorShaderParameters read;
     RoundTrip(set, read, container);
-    ASSERT_EQ(read.GetValueList()->size(), 1u) << "the texture without an image is dropped";
-    EXPECT_EQ(TextureOf(read, 1), png) << "no cache folder: the image name";
+    ASSERT_EQ(read.GetValueList()->size(), 2u) << "the texture without an image keeps its place";
+    EXPECT_EQ(TextureOf(read, 1), "<null>");
+    EXPECT_EQ(TextureOf(read, 2), png) << "no cache folder: the image name";
     EXPECT_EQ(QorTextureCount(png.c_str()), 3u);
     EXPECT_EQ(QorTextureCount(missing.c_str()), 2u) << "only the source holds it";
 }

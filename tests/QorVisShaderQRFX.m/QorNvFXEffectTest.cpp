@@ -3,6 +3,7 @@
 #include "QorVisShaders/QorNvFXEffect.h"
 
 #include "NvFXTestSupport.h"
+#include "QorNvFXCallbacks.h"
 #include "QorNvFXTestEffect.h"
 #include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
@@ -97,6 +98,26 @@ TEST(QorNvFXEffectTest, SemanticsBindHandlesAndTheRestBecomesUserValues)
     EXPECT_STREQ(file, "wood.tif") << "from \"defaultFile\"";
     set.GetTextureValue(6, &file, 0);
     EXPECT_STREQ(file, "") << "no annotation: the empty text";
+
+    // What the others are, in the words a migration report uses.
+    const std::pair<const char*, const char*> notUser[] = {{"WorldInverse", "semantic \"WORLDINVERSE\""},
+                                                           {"description", "from the user's values"},
+                                                           {"Bands", "int uniform: GLSL int and bool"},
+                                                           {"Extra", "matrix"},
+                                                           {"Volume", "3D sampler"}};
+    for (const auto& [name, why] : notUser)
+        EXPECT_NE(effect.WhyNotUserParameter(name).find(why), std::string::npos) << name;
+    EXPECT_EQ(effect.WhyNotUserParameter("Unknown"), "");
+}
+
+TEST(QorNvFXEffectTest, TheErrorCallbackWritesTheMessageAsItStands)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    myErrorCb("100% of the effect\n");
+    myErrorCb(nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "100% of the effect\n") << "the debugger channel";
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "100% of the effect\n");
 }
 
 TEST(QorNvFXEffectTest, TechniquesAndTheLightMask)

@@ -108,6 +108,83 @@ TEST(QorShaderQRFXMigrationTest, ValuesAreCopiedByNameAndMissingOnesSaidOnce)
     }
 }
 
+TEST(QorShaderQRFXMigrationTest, ATextureStoredWithoutItsImageLeavesEveryValueOnItsName)
+{
+    QorRegistryGuard guard; // the test effect registers its texture
+    QorTempDir dir;
+    dir.Write("paint.glslfx", R"(
+uniform sampler2D ColorMap < defaultFile = "wood.tif"; >;
+uniform float B = 1.0;
+uniform float C = 2.0;
+GLSLShader FS { void main() { gl_FragColor = texture(ColorMap, vec2(B, C)); } }
+Technique T { Pass p0 { FragmentProgram = FS; } }
+)");
+    QorScopedEnv graphic("QorGraphicPath", dir.Path().c_str());
+    QorScopedEnv startup("QorStartupPath", nullptr);
+    // A CgFX sampler without a file is written with no image (id -1), then B 10 and C 20.
+    QorResourceZPKContainer container;
+    QorStreamer stream;
+    stream.SetResourceZPKContainer(&container);
+    stream.WriteInt(3, 0);
+    for (const char* name : {"ColorMap", "B", "C"})
+        stream.WriteString(name);
+    stream.WriteInt(3, 0);
+    for (int field : {4, 0, -1})
+        stream.WriteInt(field, 0);
+    for (float value : {10.0f, 20.0f}) {
+        stream.WriteInt(1, 0);
+        stream.WriteInt(0, 0);
+        stream.WriteFloat(value);
+    }
+    stream.Rewind();
+    QorNvFXShaderParameters stored;
+    stored.UnStream(stream);
+    ASSERT_EQ(stored.GetValueList()->size(), 3u) << "every record keeps its place";
+    EXPECT_EQ(stored.GetParameterType(1), 4);
+
+    QorNvFXShader shader;
+    QorShaderQRFXMigration migration;
+    migration.AddShaderToMigrate(&shader, QorUnicodeString("paint.cgfx"), &stored);
+    testing::internal::CaptureStdout();
+    migration.MigrateToQRFX();
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(FloatOf(shader, "B"), 10.0f);
+    EXPECT_EQ(FloatOf(shader, "C"), 20.0f);
+    char texture[QorMaxParameterStringLength] = {};
+    shader.GetParameterString(shader.GetParameterIndex("ColorMap"), texture);
+    EXPECT_STREQ(texture, "wood.tif") << "the GLSL effect keeps its own texture";
+
+    const QorShaderMigrationReport* report = migration.GetEntryReport(0);
+    ASSERT_NE(report, nullptr);
+    EXPECT_TRUE(report->loaded);
+    EXPECT_TRUE(report->CarriedEverything());
+    using Outcome = QorShaderMigrationReport::Outcome;
+    ASSERT_EQ(report->values.size(), 3u);
+    EXPECT_EQ(report->values[0].outcome, Outcome::NoImage);
+    EXPECT_EQ(report->values[1].outcome, Outcome::Carried);
+    EXPECT_EQ(report->values[2].outcome, Outcome::Carried);
+}
+
+TEST(QorShaderQRFXMigrationTest, AShaderDestroyedBeforeTheRunLeavesTheMigration)
+{
+    QorRegistryGuard guard; // the test effect registers its texture
+    GlslfxFolder folder;
+    QorNvFXShaderParameters stored = StoredValues();
+    QorShaderQRFXMigration migration;
+    auto* gone = new QorNvFXShader();
+    QorNvFXShader kept;
+    migration.AddShaderToMigrate(gone, QorUnicodeString("metal.cgfx"), &stored);
+    migration.AddShaderToMigrate(&kept, QorUnicodeString("metal.cgfx"), &stored);
+    gone->Destroy();
+    EXPECT_EQ(migration.GetEntryShader(0), nullptr);
+    testing::internal::CaptureStdout();
+    migration.MigrateToQRFX();
+    testing::internal::GetCapturedStdout();
+    ASSERT_NE(migration.GetEntryReport(0), nullptr);
+    EXPECT_TRUE(migration.GetEntryReport(0)->shaderGone);
+    EXPECT_EQ(FloatOf(kept, "Gloss"), 0.25f) << "the others are migrated";
+}
+
 TEST(QorShaderQRFXMigrationTest, WithoutALockNothingIsRecorded)
 {
     QorRegistryGuard guard; // the test effect registers its texture

@@ -3,6 +3,8 @@
 #include "QorfxRun.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include <sys/stat.h>
@@ -55,6 +57,26 @@ TEST(QorfxGLTest, SeveralInputsMakeAContactSheet)
     ASSERT_TRUE(picture.image);
     EXPECT_EQ(picture.image->GetWidth(), 2u * 64u) << "two columns for three tiles";
     EXPECT_EQ(picture.image->GetHeight(), 2u * (48u + 22u)) << "two rows, each with a label strip";
+
+    // Names longer than a tile are shortened in their middle: no label runs into the
+    // next tile, so the columns where two tiles meet stay dark in the label strip.
+    const std::string longName = dir.File("a_material_with_a_name_much_longer_than_its_tile.cgfx");
+    std::filesystem::copy_file(QorfxSample("materials/plastic.cgfx"), longName);
+    const QorfxResult labelled = RunQorfx("render " + longName + " " + longName + " --size 64x48 --columns 2 -o " +
+                                          dir.File("long.png"), "QorGraphicPath=" + QorfxSample("") + " ");
+    ASSERT_EQ(labelled.exitCode, 0) << labelled.err;
+    Picture sheetOfLong = Read(dir.File("long.png"));
+    ASSERT_TRUE(sheetOfLong.image);
+    int lit = 0;
+    for (unsigned y = 48; y < 48 + 22; ++y)
+        for (unsigned x = 62; x < 66; ++x)
+            lit += sheetOfLong.At(x, y)[0] > 200;
+    EXPECT_EQ(lit, 0) << "labels stop short of their neighbours";
+    int text = 0;
+    for (unsigned y = 48; y < 48 + 22; ++y)
+        for (unsigned x = 0; x < 62; ++x)
+            text += sheetOfLong.At(x, y)[0] > 200;
+    EXPECT_GT(text, 50) << "the shortened label is drawn";
 }
 
 TEST(QorfxGLTest, ValuesThatChooseProgramsApplyBeforeTechniquesAreChecked)

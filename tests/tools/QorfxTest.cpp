@@ -116,7 +116,7 @@ TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
         {"sgi " + dir.File("not-sgi.rgb") + " -o " + out, 1, "not a readable SGI image"},
         {"sgi " + QorfxSample("textures/checker.rgb") + " -o " + dir.File("no-extension"), 2, "image extension"},
         {"sgi " + QorfxSample("textures/checker.rgb") + " -o " + dir.File("no/such/folder/x.png"), 1,
-         "cannot write the image"},
+         "cannot be created"},
     };
     for (const Case& c : cases) {
         const QorfxResult result = RunQorfx(c.arguments);

@@ -50,8 +50,20 @@ bool QorfxDocument::Read(const std::string& path, QorFxImplementation implementa
                     m_stream.FinishReading();
                 return !m_stream.IsFailed() && shader->GetNbParameters() > 0;
             }));
+        ExplainMissingTwin(path, index);
     }
     return true;
+}
+
+void QorfxDocument::ExplainMissingTwin(const std::string& path, std::size_t index)
+{
+    // A GLSL material without an effect is one whose twin the migration did not find.
+    const QorShaderQRFXMigration* migration = Migration();
+    const QorShaderMigrationReport* report = migration ? migration->GetEntryReport(index) : nullptr;
+    if (m_materials[index] || !report || report->found || m_problems[index].word != "missing")
+        return;
+    m_problems[index].message = path + ": its GLSL effect " + report->glslfxName +
+                                " was not found on the search paths; add --path DIR for the folder that holds it";
 }
 
 QorShaderQRFXMigration* QorfxDocument::Migration() const

@@ -42,6 +42,10 @@ public:
     QorShaderQRFXMigration* Migration() const;
 
 private:
+    /// Says, for a material read into a GLSL shader that got no effect, which twin was
+    /// looked for and how to let the search find it.
+    void ExplainMissingTwin(const std::string& path, std::size_t index);
+
     QorResourceZPKContainer m_package;
     QorStreamer m_stream;
     // Declared last so that the shaders go before the migration that names them.

@@ -77,3 +77,31 @@ int QorfxTextWidth(const std::string& text, int scale)
 {
     return static_cast<int>(text.size()) * 6 * scale - scale;
 }
+
+namespace {
+
+// `head`, "...", `tail`: the longest such text of `text`'s own ends that fits.
+std::string ShortenMiddle(const std::string& text, const std::string& end, int width, int scale)
+{
+    for (std::size_t keep = text.size(); keep-- > 0;) {
+        const std::size_t head = (keep + 1) / 2, tail = keep / 2;
+        const std::string candidate = text.substr(0, head) + "..." + text.substr(text.size() - tail) + end;
+        if (QorfxTextWidth(candidate, scale) <= width)
+            return candidate;
+    }
+    return "";
+}
+
+} // namespace
+
+std::string QorfxFitText(const std::string& text, int width, int scale)
+{
+    if (QorfxTextWidth(text, scale) <= width)
+        return text;
+    const std::size_t dot = text.rfind('.');
+    const std::string extension = dot != std::string::npos && dot > 0 ? text.substr(dot) : "";
+    std::string fitted = ShortenMiddle(text.substr(0, text.size() - extension.size()), extension, width, scale);
+    if (fitted.empty())
+        fitted = ShortenMiddle(text, "", width, scale);
+    return fitted.empty() ? "..." : fitted;
+}

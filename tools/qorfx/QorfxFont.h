@@ -12,3 +12,6 @@ void QorfxDrawText(std::vector<unsigned char>& rgba, int width, int height, int 
                    int scale);
 /// Width in pixels of `text` at that scale.
 int QorfxTextWidth(const std::string& text, int scale);
+/// `text` as it fits in `width` pixels at that scale: whole when it fits, else shortened
+/// in its middle with "...", keeping its extension (from the last ".") while that fits.
+std::string QorfxFitText(const std::string& text, int width, int scale);

@@ -19,7 +19,8 @@ std::string QorfxIncludeAdvice(const std::vector<QorfxMissingInclude>& missing)
         advice += "include \"" + include.name + "\" was not found: ";
         if (include.isFile)
             advice += "looked for as it stands and under shaders/ of each folder of " + Folders("QorGraphicPath") +
-                      " and " + Folders("QorStartupPath") + "; put it there, or beside the effect under shaders/\n";
+                      " and " + Folders("QorStartupPath") +
+                      "; add --path DIR for the folder whose shaders/ holds it (or that shaders/ folder itself)\n";
         else
             advice += "it is no include file, so it must be registered in memory, and no include of that name "
                       "is; register one with --include " +

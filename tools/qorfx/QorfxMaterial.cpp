@@ -54,6 +54,27 @@ void QorfxAddSearchFolders(const std::string& effectPath)
     QorSetEnv("QorGraphicPath", list.c_str());
 }
 
+bool QorfxAddPathFolders(const std::vector<std::string>& folders, std::string& why)
+{
+    std::string list;
+    for (const std::string& folder : folders) {
+        std::error_code failed;
+        if (!fs::is_directory(folder, failed)) {
+            why = "--path " + folder + ": no such folder";
+            return false;
+        }
+        const fs::path absolute = fs::absolute(folder, failed).lexically_normal();
+        list += (list.empty() ? "" : ";") + absolute.string();
+        if (absolute.filename() == "shaders")
+            list += ";" + absolute.parent_path().string();
+    }
+    const char* known = QorGetEnv("QorGraphicPath");
+    if (known && *known)
+        list += (list.empty() ? "" : ";") + std::string(known);
+    QorSetEnv("QorGraphicPath", list.c_str());
+    return true;
+}
+
 namespace {
 
 // A folder of the tool's own, removed with everything in it when the process ends.
@@ -137,6 +158,45 @@ std::string FrameworkName(std::string path)
     return path;
 }
 
+// The folders the library searches an effect name in, in its order: each "QorStartupPath"
+// entry's "materials/shaders", then each "QorGraphicPath" entry and its "shaders".
+std::vector<fs::path> SearchFolders()
+{
+    std::vector<fs::path> folders;
+    const auto entries = [](const char* variable, const char* separators) {
+        std::vector<std::string> found;
+        const std::string list = QorGetEnv(variable) ? QorGetEnv(variable) : "";
+        for (std::size_t start = 0, end; start <= list.size(); start = end + 1) {
+            end = std::min(list.find_first_of(separators, start), list.size());
+            if (end > start)
+                found.push_back(QorNativePath(list.substr(start, end - start).c_str()));
+        }
+        return found;
+    };
+    for (const std::string& entry : entries("QorStartupPath", "; "))
+        folders.push_back(fs::path(entry) / "materials" / "shaders");
+    for (const std::string& entry : entries("QorGraphicPath", ";")) {
+        folders.push_back(entry);
+        folders.push_back(fs::path(entry) / "shaders");
+    }
+    return folders;
+}
+
+// The name a reader's search finds `file` under: relative to the first search folder that
+// holds it, with "\" between folders, or its file name.
+std::string SearchName(const fs::path& file)
+{
+    std::error_code failed;
+    const fs::path canonical = fs::weakly_canonical(file, failed);
+    for (const fs::path& folder : SearchFolders()) {
+        const fs::path root = fs::weakly_canonical(fs::absolute(folder, failed), failed);
+        const fs::path relative = canonical.lexically_relative(root);
+        if (!failed && !relative.empty() && relative != "." && *relative.begin() != "..")
+            return FrameworkName(relative.string());
+    }
+    return file.filename().string();
+}
+
 } // namespace
 
 void QorfxRemoveStaleTempFolders()
@@ -181,6 +241,17 @@ bool QorfxMaterial::Compile(const std::string& path, QorfxLoadProblem& problem, 
 
 std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, QorfxLoadProblem& problem)
 {
+    return Load(path, problem, false);
+}
+
+std::unique_ptr<QorfxMaterial> QorfxMaterial::LoadForDocument(const std::string& path, QorfxLoadProblem& problem)
+{
+    return Load(path, problem, true);
+}
+
+std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, QorfxLoadProblem& problem,
+                                                   bool searchName)
+{
     // The library's own search decides where the file is, so the tool finds what a renderer would.
     QorString found;
     if (!QorFindShaderFile(QorString(path.c_str()), found)) {
@@ -201,7 +272,16 @@ std::unique_ptr<QorfxMaterial> QorfxMaterial::Load(const std::string& path, Qorf
     material->m_folder = file.parent_path().string() + "/";
     QorfxAddSearchFolders(material->m_file);
     const bool compiled = material->Compile(path, problem, [&] {
-        shader->SetFileName(QorString(FrameworkName(path).c_str()));
+        if (searchName) {
+            // Read here and handed over under the search name: the library's own search
+            // of that name could meet another file of it first (in the working folder).
+            std::string text;
+            if (!QorReadRegularFile(file.c_str(), text, kQorfxMaxSourceBytes))
+                return false;
+            shader->SetBuffer(text.c_str(), SearchName(file).c_str());
+        } else {
+            shader->SetFileName(QorString(FrameworkName(path).c_str()));
+        }
         return shader->HasEffect() && shader->GenerateParameters();
     });
     return compiled ? std::move(material) : nullptr;

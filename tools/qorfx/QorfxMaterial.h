@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 /// Why a material could not be loaded.
 struct QorfxLoadProblem
@@ -30,6 +31,10 @@ public:
     /// stands, else along "QorStartupPath" and "QorGraphicPath"). Returns null with
     /// `problem` filled when it is found nowhere or does not compile.
     static std::unique_ptr<QorfxMaterial> Load(const std::string& path, QorfxLoadProblem& problem);
+    /// Load, with the effect named as a reader finds it again: relative to the first
+    /// search folder that holds it ("sub\name.cgfx"), or by its file name when none does,
+    /// so that a document made from it carries no path of this machine.
+    static std::unique_ptr<QorfxMaterial> LoadForDocument(const std::string& path, QorfxLoadProblem& problem);
     /// Loads a ".zpk" material: its stream un-streamed into a new shader, the effect
     /// compiled from the source the package carries (includes come from the search paths).
     static std::unique_ptr<QorfxMaterial> LoadPackage(const std::string& path, QorfxLoadProblem& problem);
@@ -58,6 +63,8 @@ public:
     std::string Set(const std::string& name, const std::string& value);
 
 private:
+    /// Load with the name the effect is given (null: the path as given).
+    static std::unique_ptr<QorfxMaterial> Load(const std::string& path, QorfxLoadProblem& problem, bool searchName);
     /// Runs `attach` (which gives the shader its effect and generates the parameters)
     /// and turns its outcome into `problem`.
     bool Compile(const std::string& path, QorfxLoadProblem& problem, const std::function<bool()>& attach);
@@ -72,6 +79,12 @@ private:
 /// Lets effects find the samples' includes: appends the effect's folder and its parent
 /// to "QorGraphicPath" (includes live under "<folder>\shaders\").
 void QorfxAddSearchFolders(const std::string& effectPath);
+
+/// The folders of --path, searched before everything "QorGraphicPath" held: each is put
+/// in front of it, so effects are found in it and in its "shaders" folder, and includes
+/// in its "shaders" folder; a folder that is itself named "shaders" brings its parent too,
+/// so the includes it holds are found. False, with `why`, for a folder that is not there.
+bool QorfxAddPathFolders(const std::vector<std::string>& folders, std::string& why);
 
 /// Removes the temporary folders that runs of the tool killed before they could clean up
 /// left behind: each run's folder carries its process id, and those of processes that

@@ -7,7 +7,6 @@
 
 #include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorIShaderParameters.h"
-#include "QorVisShaders/QorShaderFiles.h"
 #include "QorVisShaders/QorShaderQRFXMigration.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
@@ -22,54 +21,127 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A stored value the GLSL material does not hold as it was: why.
-std::string LossOf(QorIShaderParameters* migrated, const char* name, int type, const json& value, json& entry)
+using Outcome = QorShaderMigrationReport::Outcome;
+
+// How a value type reads in the report.
+std::string TypeWord(int type)
 {
-    const int index = migrated ? migrated->GetParameterIndex(name) : -1;
-    if (index < 1)
-        return "missing";
-    const int newType = migrated->GetParameterType(index);
-    if (newType != type) {
-        entry["newType"] = newType;
-        return "type";
-    }
-    return QorfxValueJson(*migrated, index, type) == value ? "" : "value";
+    if (type == QorValueFloat)
+        return "float";
+    if (type == QorValueTexture)
+        return "texture";
+    if (QorIsColorType(type))
+        return "colour" + std::to_string(QorColorComponentCount(type));
+    return type == 0 ? "none" : "type " + std::to_string(type);
 }
 
-// The report of material `index` of a document read into GLSL shaders.
+// How a GLSL parameter's type reads in the report.
+std::string GlslWord(int type)
+{
+    if (QorIsColorType(type))
+        return "vec" + std::to_string(QorColorComponentCount(type));
+    return type == QorValueTexture ? "sampler" : TypeWord(type);
+}
+
+// The components a narrowed colour lost, or those a widened one kept from the GLSL effect.
+std::string Components(int from, int to)
+{
+    static const char* const names[] = {"red", "green", "blue", "alpha"};
+    std::string list;
+    for (int component = std::min(from, to); component < std::max(from, to); ++component)
+        list += std::string(list.empty() ? "" : component + 1 == std::max(from, to) ? " and " : ", ") +
+                names[component];
+    return list;
+}
+
+// Where the value went and why, as the report's "list" (carried, kept, lost), its
+// "reason" code and the sentence the text report prints.
+struct Verdict
+{
+    const char* list;
+    const char* reason;
+    std::string text;
+};
+
+Verdict VerdictOf(const QorShaderMigrationReport& material, const QorShaderMigrationReport::Value& value)
+{
+    const int stored = QorColorComponentCount(value.storedType), taken = QorColorComponentCount(value.newType);
+    switch (value.outcome) {
+    case Outcome::Carried:
+        return {"carried", "", ""};
+    case Outcome::CarriedNarrowed:
+        return {"carried", "narrowed",
+                Components(stored, taken) + " dropped: the GLSL parameter is a " + GlslWord(value.newType)};
+    case Outcome::CarriedWidened:
+        return {"carried", "widened",
+                Components(stored, taken) + " kept from the GLSL effect: its parameter is a " + GlslWord(value.newType)};
+    case Outcome::NoImage:
+        return {"kept", "no-image", "stored without an image: the GLSL effect keeps its own texture"};
+    case Outcome::NotAValue:
+        return {"lost", "not-a-value", "the stored record holds no value"};
+    case Outcome::NoEffect:
+        return {"lost", "no-effect",
+                material.found ? "no GLSL effect was loaded: " + material.glslfxName + " does not load"
+                               : "no GLSL effect was loaded: " + material.glslfxName + " was not found"};
+    case Outcome::NoParameter:
+        return {"lost", "no-parameter", "the GLSL effect has no parameter of that name"};
+    case Outcome::NotUserParameter:
+        return {"lost", "not-user-parameter", value.why};
+    case Outcome::OtherType:
+        return {"lost", "type",
+                "the GLSL effect's parameter is a " + GlslWord(value.newType) + ", the stored value a " +
+                    TypeWord(value.storedType)};
+    case Outcome::Unpaired:
+        return {"lost", "unpaired", "the stored material holds no value for this name"};
+    }
+    return {"lost", "", ""};
+}
+
+// The report of material `index` of a document read into GLSL shaders: what the
+// migration says it did with each stored value.
 json ReportMaterial(QorfxDocument& document, std::size_t index)
 {
     QorShaderQRFXMigration* migration = document.Migration();
-    const bool registered = migration && index < migration->GetEntryCount();
-    const char* stored = registered ? migration->GetEntryName(index) : nullptr;
-    const QorUnicodeString effect = QorShaderQRFXMigration::GlslfxName(QorUnicodeString(stored ? stored : ""));
-    QorString found;
-    json report = {{"stored", stored ? stored : ""},
-                   {"effect", effect.c_str()},
-                   {"file", QorFindShaderFile(QorString(effect.c_str()), found) ? json(QorNativePath(found.c_str()))
-                                                                               : json(nullptr)},
+    const QorShaderMigrationReport* done = migration ? migration->GetEntryReport(index) : nullptr;
+    const char* stored = migration ? migration->GetEntryName(index) : nullptr;
+    json report = {{"name", document.Name(index)},
+                   {"stored", stored ? stored : ""},
+                   {"effect", done ? done->glslfxName : ""},
+                   {"file", done && done->found ? json(QorNativePath(done->foundPath.c_str())) : json(nullptr)},
+                   {"loaded", done && done->loaded},
+                   {"storedNames", done ? done->storedNames : 0},
+                   {"storedValues", done ? done->storedValues : 0},
                    {"carried", json::array()},
+                   {"kept", json::array()},
                    {"lost", json::array()},
                    {"textures", json::array()}};
     QorfxMaterial* material = document.Material(index);
-    report["name"] = document.Name(index);
-    report["loaded"] = material != nullptr;
     if (!material)
         report["problem"] = document.Problem(index).message;
+    QorIShaderParameters* values = migration ? migration->GetEntryParameters(index) : nullptr;
     QorIShaderParameters* migrated = material ? material->Shader().GetIShaderParameters() : nullptr;
-    QorIShaderParameters* values = registered ? migration->GetEntryParameters(index) : nullptr;
-    for (int at = 1; values && at < values->GetNbParameters(); ++at) {
-        const char* name = values->GetParameterName(at);
-        const int type = values->GetParameterType(at);
-        json entry = {{"name", name ? name : ""}, {"type", type}, {"value", QorfxValueJson(*values, at, type)}};
-        if (type == QorValueTexture)
-            report["textures"].push_back({{"name", entry["name"]}, {"file", entry["value"]}});
-        const std::string loss = name ? LossOf(migrated, name, type, entry["value"], entry) : "missing";
-        if (!loss.empty())
-            entry["reason"] = loss;
-        report[loss.empty() ? "carried" : "lost"].push_back(entry);
+    for (std::size_t at = 0; done && at < done->values.size(); ++at) {
+        const QorShaderMigrationReport::Value& value = done->values[at];
+        const Verdict verdict = VerdictOf(*done, value);
+        json entry = {{"name", value.name}, {"type", value.storedType}};
+        entry["value"] = values && value.storedType != 0
+                             ? QorfxValueJson(*values, static_cast<int>(at) + 1, value.storedType)
+                             : json(nullptr);
+        if (value.newType != 0)
+            entry["newType"] = value.newType;
+        // What the GLSL material holds now, read back from it.
+        const int migratedAt = migrated ? migrated->GetParameterIndex(value.name.c_str()) : -1;
+        if (std::string(verdict.list) == "carried" && migratedAt > 0)
+            entry["migrated"] = QorfxValueJson(*migrated, migratedAt, value.newType);
+        if (*verdict.reason) {
+            entry["reason"] = verdict.reason;
+            entry["why"] = verdict.text;
+        }
+        if (value.storedType == QorValueTexture && entry["value"].is_string())
+            report["textures"].push_back({{"name", value.name}, {"file", entry["value"]}});
+        report[verdict.list].push_back(entry);
     }
-    report["migrated"] = material != nullptr && report["lost"].empty();
+    report["migrated"] = material != nullptr && done && done->CarriedEverything();
     return report;
 }
 
@@ -88,6 +160,15 @@ std::string Text(const json& value)
     return value.dump();
 }
 
+// Where the GLSL effect of a material came from, or why there is none.
+std::string Source(const json& material)
+{
+    if (!material["file"].is_null())
+        return Text(material["file"]);
+    return "not found on the search paths; add --path DIR for the folder that holds " +
+           material["effect"].get<std::string>();
+}
+
 void PrintDocument(const json& report)
 {
     std::printf("%s\n", report["document"].get<std::string>().c_str());
@@ -95,22 +176,21 @@ void PrintDocument(const json& report)
         std::printf("  not read: %s\n", report["error"].get<std::string>().c_str());
         return;
     }
-    static const std::map<std::string, std::string> reasons = {
-        {"missing", "the GLSL effect has no such parameter"},
-        {"type", "the GLSL effect's parameter has another type"},
-        {"value", "the GLSL effect did not take the value"}};
     for (const json& material : report["materials"]) {
         std::printf("  %s: %s -> %s (%s)\n", material["name"].get<std::string>().c_str(),
                     material["stored"].get<std::string>().c_str(), material["effect"].get<std::string>().c_str(),
-                    material["file"].is_null() ? "not found on the search paths" : Text(material["file"]).c_str());
+                    Source(material).c_str());
         if (material.contains("problem"))
             std::printf("    not loaded: %s\n", material["problem"].get<std::string>().c_str());
-        for (const char* list : {"carried", "lost"})
+        if (material["storedNames"] != material["storedValues"])
+            std::printf("    the stored material holds %d names and %d values: names and values pair by position\n",
+                        material["storedNames"].get<int>(), material["storedValues"].get<int>());
+        for (const char* list : {"carried", "kept", "lost"})
             for (const json& value : material[list]) {
-                std::printf("    %-8s %-24s type %d  %s", list, Text(value["name"]).c_str(), value["type"].get<int>(),
-                            Text(value["value"]).c_str());
-                if (value.contains("reason"))
-                    std::printf("  (%s)", reasons.at(value["reason"].get<std::string>()).c_str());
+                std::printf("    %-8s %-24s %-8s %s", list, Text(value["name"]).c_str(),
+                            TypeWord(value["type"].get<int>()).c_str(), Text(value["value"]).c_str());
+                if (value.contains("why"))
+                    std::printf("  (%s)", value["why"].get<std::string>().c_str());
                 std::printf("\n");
             }
         for (const json& texture : material["textures"])
@@ -120,13 +200,13 @@ void PrintDocument(const json& report)
     }
 }
 
-// "<stem>" in `folder`, or "<stem>-<n>" when an earlier material of the run took it.
-std::string FolderFor(std::set<std::string>& taken, const std::string& folder, const std::string& stem)
+// "<stem>", or "<stem>-<n>" when an earlier material of the run took it.
+std::string FolderFor(std::set<std::string>& taken, const std::string& stem)
 {
     std::string name = stem;
     for (int n = 1; !taken.insert(name).second; ++n)
         name = stem + "-" + std::to_string(n);
-    return (fs::path(folder) / name).string();
+    return name;
 }
 
 // Reads, migrates and reports one document; writes its migrated materials under
@@ -147,13 +227,13 @@ bool MigrateDocument(const std::string& path, const QorfxMigrateOptions& options
         json material = ReportMaterial(document, index);
         // Only a material that came over whole is written: a partial one would pass for it.
         if (material["migrated"] && !options.folder.empty()) {
-            const std::string folder = FolderFor(taken, options.folder, material["name"].get<std::string>());
+            const std::string sub = FolderFor(taken, material["name"].get<std::string>());
             // The description names the GLSL effect's file and the document it came from.
             json description = QorfxDescribe(*document.Material(index), false);
             description["file"] = material["file"];
             description["migratedFrom"] = path;
-            if (QorfxWriteUnpacked(folder, document.Package(), description, false) == 0)
-                material["written"] = folder;
+            if (QorfxWriteUnpacked(options.folder, sub, document.Package(), description, false) == 0)
+                material["written"] = (fs::path(options.folder) / sub).string();
             else
                 migrated = false;
         }

@@ -3,6 +3,7 @@
 #include "QorfxDescribe.h"
 #include "QorfxDocument.h"
 #include "QorfxMaterial.h"
+#include "QorfxOutput.h"
 #include "QorfxTextures.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
@@ -49,49 +50,6 @@ std::string UniqueName(std::set<std::string>& taken, const std::string& name)
     return unique;
 }
 
-// The folders of `folder` that do not exist yet, innermost first.
-std::vector<fs::path> MissingFolders(const fs::path& folder)
-{
-    std::vector<fs::path> missing;
-    std::error_code failure;
-    for (fs::path at = fs::absolute(folder).lexically_normal(); !at.empty() && !fs::exists(at, failure);
-         at = at.parent_path()) {
-        missing.push_back(at);
-        if (at == at.parent_path())
-            break;
-    }
-    return missing;
-}
-
-// Writes every file into `folder`, or nothing: each file is written beside its place
-// first and only when all are whole do they replace what is there (a link in the folder
-// is replaced, never written through). On failure the files and the folders made for
-// them are removed again.
-int WriteAll(const fs::path& folder, const std::vector<std::pair<std::string, std::string>>& files)
-{
-    const std::vector<fs::path> missing = MissingFolders(folder);
-    std::error_code failure;
-    fs::create_directories(folder, failure);
-    if (failure)
-        return Fail(folder.string() + ": cannot create the folder");
-    std::vector<std::unique_ptr<QorPartialFile>> written;
-    std::string why;
-    for (const auto& [name, bytes] : files) {
-        const std::string target = (folder / name).string();
-        written.push_back(std::make_unique<QorPartialFile>(target.c_str()));
-        if (!written.back()->Write(bytes.data(), bytes.size(), &why)) {
-            written.clear();
-            for (const fs::path& made : missing)
-                fs::remove(made, failure); // only empty folders go
-            return Fail(target + ": " + why);
-        }
-    }
-    for (std::size_t i = 0; i < written.size(); ++i)
-        if (!written[i]->Commit(&why))
-            return Fail((folder / files[i].first).string() + ": " + why);
-    return 0;
-}
-
 } // namespace
 
 int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, const std::string& output)
@@ -101,7 +59,7 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
         return 2;
     }
     QorfxLoadProblem loading;
-    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::Load(effect, loading);
+    std::unique_ptr<QorfxMaterial> material = QorfxMaterial::LoadForDocument(effect, loading);
     if (!material) {
         std::fputs(loading.details.c_str(), stderr);
         return Fail(loading.message);
@@ -127,17 +85,17 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
     // GLSL shader objects write nothing to streams: such a package would hold no material.
     if (stream.GetBytes().empty())
         return Fail(effect + ": materials of this effect's implementation are not written to streams");
-    std::string reason;
-    if (container.SaveToFile(output.c_str(), stream, &reason) != 0)
-        return Fail(reason); // it names the file already
+    std::string bytes, reason;
+    if (container.SaveToMemory(stream, bytes, &reason) != 0 || !QorfxOutput::WriteFile(output, bytes, reason))
+        return Fail(reason); // it names the package already
     return 0;
 }
 
-int QorfxWriteUnpacked(const std::string& folder, const QorResourceZPKContainer& package, nlohmann::json description,
-                       bool sources)
+int QorfxWriteUnpacked(const std::string& folder, const std::string& sub, const QorResourceZPKContainer& package,
+                       nlohmann::json description, bool sources)
 {
     std::set<std::string> taken{"material.json"};
-    std::vector<std::pair<std::string, std::string>> files;
+    QorfxOutput::Files files;
     std::map<std::string, std::string> writtenImages; // a texture's file name -> its PNG here
     for (int id = 0; id < package.GetEntryCount(); ++id) {
         const QorResourceZPKContainer::Entry* entry = package.GetEntry(id);
@@ -163,7 +121,8 @@ int QorfxWriteUnpacked(const std::string& folder, const QorResourceZPKContainer&
             parameter["value"] = written->second;
     }
     files.emplace_back("material.json", QorfxJsonText(description) + "\n");
-    return WriteAll(folder, files);
+    std::string why;
+    return QorfxOutput::WriteFolder(folder, sub, files, why) ? 0 : Fail(why);
 }
 
 int QorfxUnpack(const std::string& package, const std::string& folder)
@@ -183,5 +142,5 @@ int QorfxUnpack(const std::string& package, const std::string& folder)
         std::fputs(problem.details.c_str(), stderr);
         return Fail(problem.message);
     }
-    return QorfxWriteUnpacked(folder, document.Package(), QorfxDescribe(*document.Material(0), false), true);
+    return QorfxWriteUnpacked(folder, "", document.Package(), QorfxDescribe(*document.Material(0), false), true);
 }

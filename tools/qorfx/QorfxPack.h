@@ -17,9 +17,10 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
 /// "material.json" with the values (texture values name the PNGs). Returns the exit code.
 int QorfxUnpack(const std::string& package, const std::string& folder);
 
-/// Writes what unpack writes for a material read from `package` into `folder`, all files
-/// or none: the effect sources (when `sources`), each texture as a PNG and
-/// "material.json", the material's `description` with texture values naming those PNGs.
-/// Returns the exit code.
-int QorfxWriteUnpacked(const std::string& folder, const QorResourceZPKContainer& package, nlohmann::json description,
-                       bool sources);
+/// Writes what unpack writes for a material read from `package` into `folder` (into its
+/// folder `sub` when not empty, a name the tool chose: see QorfxOutput), all files or
+/// none: the effect sources (when `sources`), each texture as a PNG and "material.json",
+/// the material's `description` with texture values naming those PNGs. Returns the exit
+/// code.
+int QorfxWriteUnpacked(const std::string& folder, const std::string& sub, const QorResourceZPKContainer& package,
+                       nlohmann::json description, bool sources);

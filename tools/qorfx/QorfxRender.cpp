@@ -2,6 +2,7 @@
 
 #include "QorfxFont.h"
 #include "QorfxMaterial.h"
+#include "QorfxOutput.h"
 #include "QorfxScene.h"
 #include "QorfxTextures.h"
 #include "QorGL/QorGLContext.h"
@@ -142,8 +143,10 @@ private:
     {
         if (!m_labelled)
             return;
-        const int labelX = X(tile) + std::max(2, (m_tileWidth - QorfxTextWidth(label, kLabelScale)) / 2);
-        QorfxDrawText(m_pixels, m_width, m_height, labelX, Y(tile) + m_tileHeight + 4, label, kLabelScale);
+        // A long name is shortened in its middle rather than run into its neighbours.
+        const std::string fitted = QorfxFitText(label, m_tileWidth - 4, kLabelScale);
+        const int labelX = X(tile) + std::max(2, (m_tileWidth - QorfxTextWidth(fitted, kLabelScale)) / 2);
+        QorfxDrawText(m_pixels, m_width, m_height, labelX, Y(tile) + m_tileHeight + 4, fitted, kLabelScale);
     }
 
     int m_columns, m_tileWidth, m_tileHeight, m_cellHeight, m_width, m_height;
@@ -235,8 +238,13 @@ int QorfxRenderTiles(const std::vector<QorfxTile>& inputs, const std::string& ou
         return 1;
     }
     std::memcpy(image->GetPixels(), sheet.Pixels().data(), sheet.Pixels().size());
-    if (image->WriteToFile(format.c_str(), output.c_str()) != 0) {
-        Report(output + ": cannot write the image");
+    std::string bytes, why;
+    if (!image->Encode(format.c_str(), bytes)) {
+        Report(output + ": cannot write the image (encoding it as " + format + " failed)");
+        return 1;
+    }
+    if (!QorfxOutput::WriteFile(output, bytes, why)) {
+        Report(why);
         return 1;
     }
     if (failures > 0)

@@ -1,5 +1,7 @@
 #include "QorfxSgi.h"
 
+#include "QorfxOutput.h"
+
 #include "QorVisFoundation/QorTexturePixelImage.h"
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorTextureReader.h"
@@ -35,8 +37,14 @@ int QorfxConvertSgi(const std::string& input, const std::string& output)
     const auto* source = reinterpret_cast<const unsigned char*>(pixels.get());
     for (int y = 0; y < height; ++y)
         std::memcpy(image->GetPixels() + y * row, source + (height - 1 - y) * row, row);
-    if (image->WriteToFile(format.c_str(), output.c_str()) != 0) {
-        std::fprintf(stderr, "qorfx: %s: cannot write the image\n", output.c_str());
+    std::string bytes, why;
+    if (!image->Encode(format.c_str(), bytes)) {
+        std::fprintf(stderr, "qorfx: %s: cannot write the image (encoding it as %s failed)\n", output.c_str(),
+                     format.c_str());
+        return 1;
+    }
+    if (!QorfxOutput::WriteFile(output, bytes, why)) {
+        std::fprintf(stderr, "qorfx: %s\n", why.c_str());
         return 1;
     }
     return 0;

@@ -97,11 +97,23 @@ int Run(int argc, char** argv)
     std::vector<std::string> includes;
     app.add_option("--include", includes, "Register FILE as the in-memory include NAME (NAME=FILE)");
 
+    // --path DIR on each subcommand that loads effects: folders searched for effects,
+    // GLSL twins and includes before "QorGraphicPath".
+    std::vector<std::string> paths;
+    const auto addPath = [&paths](CLI::App* command) {
+        // One folder per --path, so that the files after it stay the command's own.
+        command
+            ->add_option("--path", paths,
+                         "Folder to find effects, twins and includes in (its shaders/ folder too); repeatable")
+            ->allow_extra_args(false);
+    };
+
     std::string inspectFile;
     bool json = false;
     CLI::App* inspect = app.add_subcommand("inspect", "Techniques, parameters, semantics and interfaces of an effect or a .zpk material");
     inspect->add_option("file", inspectFile, "Effect file or .zpk material")->required();
     inspect->add_flag("--json", json, "Print one JSON document");
+    addPath(inspect);
 
     std::vector<std::string> renderInputs;
     std::string renderOutput, size = "256x256", lights = "point,dir";
@@ -117,6 +129,7 @@ int Run(int argc, char** argv)
     render->add_option("--technique", options.technique, "Technique number or name");
     render->add_option("--lights", lights, "Comma-separated light kinds: point, spot, dir");
     render->add_option("--env", options.environment, "Environment colour r,g,b, or \"sky\" (the default) for a cube map");
+    addPath(render);
 
     std::string packEffect, packOutput;
     std::vector<std::string> packSets;
@@ -125,6 +138,7 @@ int Run(int argc, char** argv)
     pack->add_option("--set", packSets, "NAME=VALUE: a float, a colour r,g,b[,a] or a texture file");
     pack->add_option("--texture", packSets, "NAME=FILE: the texture file of a texture parameter");
     pack->add_option("-o,--output", packOutput, "The .zpk document to write")->required();
+    addPath(pack);
 
     std::string unpackInput, unpackFolder;
     CLI::App* unpack = app.add_subcommand("unpack", "Unpack a .zpk document: effect, textures and material.json");
@@ -141,6 +155,7 @@ int Run(int argc, char** argv)
     migrate->add_flag("--json", migration.json, "Print the report as JSON");
     migrate->add_option("--preview", migration.preview, "Contact sheet of each material before and after");
     migrate->add_option("--size", previewSize, "Tile size WxH of the preview (1 to 4096 each)");
+    addPath(migrate);
 
     std::string sgiInput, sgiOutput;
     CLI::App* sgi = app.add_subcommand("sgi", "Convert an SGI image through the library's reader");
@@ -155,6 +170,11 @@ int Run(int argc, char** argv)
     }
     if (const int status = RegisterIncludes(includes))
         return status;
+    std::string pathProblem;
+    if (!QorfxAddPathFolders(paths, pathProblem)) {
+        std::fprintf(stderr, "qorfx: %s\n", pathProblem.c_str());
+        return 2;
+    }
 
     if (*inspect)
         return Inspect(inspectFile, json);

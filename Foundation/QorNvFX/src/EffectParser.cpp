@@ -20,6 +20,10 @@ namespace {
 
 constexpr int kMaxIncludeDepth = 16;
 constexpr int kMaxIncludes = 256;
+// Every stage declares every effect-scope uniform, and glslang's linker compares each
+// declaration of one stage with each of the other: its work grows with the square of
+// the count (100,000 uniforms took 13 s). No driver takes near this many.
+constexpr std::size_t kMaxUniforms = 4096;
 constexpr std::size_t kMaxTotalBytes = 64u << 20;
 
 // Constructs of the wider ".glslfx" format this runtime refuses, by the start of their
@@ -214,6 +218,8 @@ bool Parser::addUniform(UniformDescription uniform)
         return fail(uniform.at, "uniform " + quoted(uniform.name) + " declared again with another type (first at " +
                                     where(earlier.at) + ")");
     }
+    if (m_effect.uniforms.size() == kMaxUniforms)
+        return fail(uniform.at, "more than " + std::to_string(kMaxUniforms) + " uniforms in one effect");
     m_effect.scope.push_back({ScopeItem::Uniform, m_effect.uniforms.size()});
     m_effect.uniforms.push_back(std::move(uniform));
     return true;

@@ -51,54 +51,52 @@ int RefuseOpen(std::string* why, const char* reason)
     return -1;
 }
 
-struct Descriptor
-{
-    explicit Descriptor(int value) : fd(value) {}
-    ~Descriptor()
-    {
-        if (fd >= 0)
-            close(fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int fd;
-};
-
 } // namespace
+
+QorFileDescriptor::~QorFileDescriptor()
+{
+    if (m_fd >= 0)
+        close(m_fd);
+}
+
+int QorFileDescriptor::Release()
+{
+    return std::exchange(m_fd, -1);
+}
 
 int QorOpenRegularFile(const char* path, std::uint64_t maxBytes, std::string* why)
 {
     if (!path || !*path)
         return RefuseOpen(why, "no file name");
     // Non-blocking, so that opening a FIFO without a writer returns at once.
-    Descriptor file(open(QorNativePath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (file.fd < 0)
+    QorFileDescriptor file(open(QorNativePath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.Get() < 0)
         return RefuseOpen(why, std::strerror(errno));
     struct stat info;
-    if (fstat(file.fd, &info) != 0 || !S_ISREG(info.st_mode))
+    if (fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode))
         return RefuseOpen(why, "not a regular file");
     if (static_cast<std::uint64_t>(info.st_size) > maxBytes)
         return RefuseOpen(why, "the file is too large");
-    return std::exchange(file.fd, -1);
+    return file.Release();
 }
 
 bool QorIsRegularFile(const char* path, std::uint64_t maxBytes, std::string* why)
 {
-    return Descriptor(QorOpenRegularFile(path, maxBytes, why)).fd >= 0;
+    return QorFileDescriptor(QorOpenRegularFile(path, maxBytes, why)).Get() >= 0;
 }
 
 bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxBytes, std::string* why)
 {
-    const Descriptor file(QorOpenRegularFile(path, maxBytes, why));
-    if (file.fd < 0)
+    const QorFileDescriptor file(QorOpenRegularFile(path, maxBytes, why));
+    if (file.Get() < 0)
         return false;
     struct stat info;
-    if (fstat(file.fd, &info) != 0)
+    if (fstat(file.Get(), &info) != 0)
         return Refuse(why, "cannot read the file");
     std::string read(static_cast<std::size_t>(info.st_size), '\0');
     std::size_t done = 0;
     while (done < read.size()) {
-        const ssize_t got = ::read(file.fd, &read[done], read.size() - done);
+        const ssize_t got = ::read(file.Get(), &read[done], read.size() - done);
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
@@ -112,7 +110,9 @@ bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxB
     return true;
 }
 
-QorPartialFile::QorPartialFile(const char* destination) : m_destination(QorNativePath(destination))
+QorPartialFile::QorPartialFile(const char* destination) : QorPartialFile(AT_FDCWD, destination) {}
+
+QorPartialFile::QorPartialFile(int folder, const char* name) : m_folder(folder), m_destination(QorNativePath(name))
 {
     static std::atomic<unsigned> counter{0};
     m_path = m_destination + ".part-" + std::to_string(getpid()) + "-" + std::to_string(counter++);
@@ -121,7 +121,7 @@ QorPartialFile::QorPartialFile(const char* destination) : m_destination(QorNativ
 QorPartialFile::~QorPartialFile()
 {
     if (m_written && !m_committed)
-        unlink(m_path.c_str());
+        unlinkat(m_folder, m_path.c_str(), 0);
 }
 
 bool QorPartialFile::Write(const void* data, std::size_t size, std::string* why)
@@ -129,13 +129,13 @@ bool QorPartialFile::Write(const void* data, std::size_t size, std::string* why)
     if (m_written || m_destination.empty())
         return Refuse(why, "nothing to write to");
     // O_EXCL | O_NOFOLLOW: a file or link planted under the partial name is never written through.
-    Descriptor file(open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (file.fd < 0)
+    QorFileDescriptor file(openat(m_folder, m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (file.Get() < 0)
         return Refuse(why, "cannot be created");
     m_written = true;
     const char* bytes = static_cast<const char*>(data);
     for (std::size_t done = 0; done < size;) {
-        const ssize_t put = ::write(file.fd, bytes + done, size - done);
+        const ssize_t put = ::write(file.Get(), bytes + done, size - done);
         if (put < 0 && errno == EINTR)
             continue;
         if (put <= 0)
@@ -144,9 +144,9 @@ bool QorPartialFile::Write(const void* data, std::size_t size, std::string* why)
         done += static_cast<std::size_t>(put);
     }
     struct stat info;
-    if (fsync(file.fd) != 0 || fstat(file.fd, &info) != 0 || static_cast<std::size_t>(info.st_size) != size)
+    if (fsync(file.Get()) != 0 || fstat(file.Get(), &info) != 0 || static_cast<std::size_t>(info.st_size) != size)
         return Refuse(why, "cannot be written (disk full?)");
-    if (close(std::exchange(file.fd, -1)) != 0)
+    if (close(file.Release()) != 0)
         return Refuse(why, "cannot be closed");
     return true;
 }
@@ -155,7 +155,7 @@ bool QorPartialFile::Commit(std::string* why)
 {
     if (!m_written || m_committed)
         return Refuse(why, "was not written");
-    if (std::rename(m_path.c_str(), m_destination.c_str()) != 0)
+    if (renameat(m_folder, m_path.c_str(), m_folder, m_destination.c_str()) != 0)
         return Refuse(why, "cannot be renamed into place");
     m_committed = true;
     return true;

@@ -524,6 +524,31 @@ bool VerifyPackage(const std::string& bytes, std::string& error)
 
 } // namespace
 
+int QorResourceZPKContainer::SaveToMemory(const QorStreamer& stream, std::string& bytes, std::string* error) const
+{
+    return Save(stream, bytes, "(the package)", error);
+}
+
+int QorResourceZPKContainer::Save(const QorStreamer& stream, std::string& bytes, const std::string& label,
+                                  std::string* error) const
+{
+    std::string what;
+    try {
+        PackageFiles files;
+        std::string made;
+        if (!DescribePackage(*this, stream, files, what) || !WriteArchive(files, made, what) ||
+            !VerifyPackage(made, what)) {
+            Report(error, label, what);
+            return -1;
+        }
+        bytes.swap(made);
+        return 0;
+    } catch (...) {
+        Report(error, label, "out of memory");
+        return -1;
+    }
+}
+
 int QorResourceZPKContainer::SaveToFile(const char* path, const QorStreamer& stream, std::string* error) const
 {
     const std::string label = path && *path ? path : "(no path)";
@@ -531,24 +556,14 @@ int QorResourceZPKContainer::SaveToFile(const char* path, const QorStreamer& str
         Report(error, label, "no package path given");
         return -1;
     }
-    std::string what;
-    try {
-        PackageFiles files;
-        if (!DescribePackage(*this, stream, files, what)) {
-            Report(error, label, what);
-            return -1;
-        }
-        std::string bytes;
-        if (!WriteArchive(files, bytes, what) || !VerifyPackage(bytes, what) ||
-            !QorWriteFileAtomically(path, bytes.data(), bytes.size(), &what)) {
-            Report(error, label, what);
-            return -1;
-        }
-        return 0;
-    } catch (...) {
-        Report(error, label, "out of memory");
+    std::string bytes, what;
+    if (Save(stream, bytes, label, error) != 0)
+        return -1;
+    if (!QorWriteFileAtomically(path, bytes.data(), bytes.size(), &what)) {
+        Report(error, label, what);
         return -1;
     }
+    return 0;
 }
 
 int QorResourceZPKContainer::LoadFromFile(const char* path, QorStreamer& stream, std::string* error)

@@ -19,10 +19,12 @@
 namespace QorChangedPositions {
 
 /// Gives `value`, listed at `position` of its set's values, the set's list, and lists it
-/// when it comes changed.
+/// when it comes changed. An empty place (null) has nothing to list.
 template <typename Value>
 void Adopt(std::vector<int>& positions, Value* value, int position, int (Value::*changed)() const)
 {
+    if (!value)
+        return;
     value->SetOwner(&positions, position);
     if ((value->*changed)())
         positions.push_back(position);

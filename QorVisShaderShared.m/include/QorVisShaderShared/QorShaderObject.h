@@ -7,6 +7,8 @@
 
 #include "QorVisShaders/QorIShader.h"
 
+#include <memory>
+
 class QorShaderObject : public QorIShader
 {
 public:
@@ -39,6 +41,12 @@ public:
     QorIShaderParameters* GetIShaderParameters() const override { return m_parameters; }
     void SetCurrentParameters() override;
     void Destroy() override { delete this; }
+
+    /// Names this shader while it lives and null once it is gone, for holders that may
+    /// outlive it (a stream's migration keeps the shaders it will migrate until the
+    /// document is read). Each call hands out the same handle.
+    std::shared_ptr<QorIShader* const> Lifetime();
+
     /// Deletes the parameter set. Derived shaders release their effect in their own
     /// destructor (ReleaseEffect), while they can still take their values back from it.
     ~QorShaderObject() override;
@@ -67,4 +75,8 @@ protected:
     QorIShaderParameters* m_parameters = nullptr; // owned
     QorString m_fileName;
     QorString m_pathName;
+
+private:
+    // Made on first request, cleared by the destructor; a copy of the shader gets its own.
+    std::shared_ptr<QorIShader*> m_lifetime;
 };

@@ -36,13 +36,18 @@ public:
     virtual void OnColor(int type, const float* components) = 0;
     /// The texture's file name: the cached file's path, or the image's name when it is
     /// procedural or nothing can be cached. The registry already holds one reference of
-    /// it, which the value made from it takes over.
+    /// it, which the value made from it takes over. Null for a texture stored without its
+    /// image: it keeps its place with no file, which registers nothing.
     virtual void OnTexture(const char* file) = 0;
+    /// A record whose type code names no kind of value: it keeps its place, empty, so
+    /// that the values after it stay beside their names.
+    virtual void OnEmpty() = 0;
 };
 
 /// Collects the values ReadValues finds as new values of an implementation's kinds (each
 /// made with a null handle and its content: values read back mirror no parameter, since
-/// the records' tokens named the writer's). `Base` is the kinds' common base.
+/// the records' tokens named the writer's), and a null for each empty place (an empty
+/// record, or a value that could not be made). `Base` is the kinds' common base.
 template <typename Base, typename Float, typename Color, typename String>
 class QorShaderValueCollector final : public QorShaderValueRecordSink
 {
@@ -60,16 +65,13 @@ public:
             QorShaderTextureBookkeeping::HandBack(file);
         Add(value);
     }
+    void OnEmpty() override { Add(nullptr); }
 
-    /// The new values, in stream order, owned by the caller.
+    /// The new values, in stream order, owned by the caller; null at empty places.
     std::vector<Base*> values;
 
 private:
-    void Add(Base* value)
-    {
-        if (value)
-            values.push_back(value);
-    }
+    void Add(Base* value) { values.push_back(value); }
 };
 
 namespace QorShaderValueRecords {
@@ -102,9 +104,10 @@ bool ReadColor(QorStreamer& streamer, int& token, float* components);
 void WriteRecord(QorStreamer& streamer, int type, int token, const float* numbers, const char* file);
 
 /// Reads the value count and the records after the names, giving each value to the
-/// sink. Records of unknown type codes carry nothing and are passed over; a texture
-/// whose image the container cannot give is dropped. Stops at the first record the
-/// stream cannot hold.
+/// sink, one call per record, so that the n-th value stays beside the n-th name: a
+/// record of an unknown type code is an empty place, a texture whose image the
+/// container cannot give a texture without a file. Stops at the first record the stream
+/// cannot hold.
 void ReadValues(QorStreamer& streamer, QorShaderValueRecordSink& sink);
 
 } // namespace QorShaderValueRecords

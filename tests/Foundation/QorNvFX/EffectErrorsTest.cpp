@@ -89,6 +89,12 @@ TEST(EffectErrorsTest, UniformDeclarationsAreChecked)
     const NvFXTest::Loaded same = Load("uniform vec3 Tint;\nuniform vec3 Tint;");
     EXPECT_TRUE(same.ok) << "the same declaration twice is one uniform: " << same.messages;
     EXPECT_EQ(same.container->findUniform(1), nullptr);
+
+    // The uniforms of one effect are bounded: the compiler's work grows with their square.
+    std::string many;
+    for (int i = 0; i <= 4096; ++i)
+        many += "uniform float u" + std::to_string(i) + ";\n";
+    ExpectRefused({"too many uniforms", many, "effect(4097): error: more than 4096 uniforms in one effect"});
 }
 
 TEST(EffectErrorsTest, PassesAreChecked)

@@ -28,6 +28,23 @@ struct QorFileCloser
 /// An open C stream closed when it goes out of scope.
 using QorFile = std::unique_ptr<FILE, QorFileCloser>;
 
+/// An open file descriptor, closed when it goes out of scope; -1 holds none.
+class QorFileDescriptor
+{
+public:
+    explicit QorFileDescriptor(int fd) : m_fd(fd) {}
+    ~QorFileDescriptor();
+    QorFileDescriptor(const QorFileDescriptor&) = delete;
+    QorFileDescriptor& operator=(const QorFileDescriptor&) = delete;
+
+    int Get() const { return m_fd; }
+    /// Hands the descriptor over without closing it.
+    int Release();
+
+private:
+    int m_fd;
+};
+
 /// Opens a regular file of at most `maxBytes` bytes for reading and returns its descriptor,
 /// which the caller closes; -1, with `why` (when given) saying what was wrong, for a FIFO,
 /// a device, a folder, a larger file or one that cannot be opened. Never waits: a FIFO
@@ -52,6 +69,10 @@ class QorPartialFile
 {
 public:
     explicit QorPartialFile(const char* destination);
+    /// The file `name` (no folder part) inside the open folder `folder`, a descriptor the
+    /// caller keeps open until the file is committed or dropped: the write and the rename
+    /// stay in that very folder even if its path is changed meanwhile.
+    QorPartialFile(int folder, const char* name);
     ~QorPartialFile();
     QorPartialFile(const QorPartialFile&) = delete;
     QorPartialFile& operator=(const QorPartialFile&) = delete;
@@ -66,6 +87,7 @@ public:
     bool Commit(std::string* why = nullptr);
 
 private:
+    int m_folder; // AT_FDCWD, or the caller's open folder
     std::string m_destination;
     std::string m_path;
     bool m_written = false;

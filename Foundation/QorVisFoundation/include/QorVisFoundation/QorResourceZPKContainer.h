@@ -102,6 +102,9 @@ public:
     /// by something ending in a file name (not "", "." or ".."), since readers cache them
     /// under that file name.
     int SaveToFile(const char* path, const QorStreamer& stream, std::string* error) const;
+    /// SaveToFile's package in memory: `bytes` receives the whole checked package, for a
+    /// caller that writes it itself. Returns 0, or -1 with the reason (`bytes` untouched).
+    int SaveToMemory(const QorStreamer& stream, std::string& bytes, std::string* error) const;
     /// Loads a package written by SaveToFile, from a regular file of at most 2 GiB (a FIFO
     /// or a device is refused without waiting). Every entry, size, checksum and image is
     /// checked before anything is used. On success returns 0: the container's entries are
@@ -117,6 +120,8 @@ public:
     int LoadFromMemory(const unsigned char* data, std::size_t size, QorStreamer& stream, std::string* error);
 
 private:
+    /// Makes and checks the package; `label` names it in the reason.
+    int Save(const QorStreamer& stream, std::string& bytes, const std::string& label, std::string* error) const;
     /// Appends an entry and returns its id, or -1 when out of memory.
     int AddEntry(Entry entry);
     /// Replaces every entry by `entries` (ids by position) with the indexes rebuilt;
