@@ -24,10 +24,10 @@
 #include "QorGL/QorGLContext.h"
 #include "QorVisShaderQRFX/QorQRFXFactory.h"
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorNvFXEffect.h"
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 #include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorShaderQRFXMigration.h"
+#include "QorVisShaderQRFX/QorShaderQRFXMigration.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <GL/gl.h>

@@ -8,7 +8,7 @@
 
 #include "QorMath/Qor4x4Matrix.h"
 #include "QorVisShaders/QorIShader.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 #include "QorVisShaders/QorShaderManager.h"
 
 #include <array>

@@ -7,7 +7,7 @@
 // compile it.
 #include "QorBenchSupport.h"
 
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderTexture.h"
 

@@ -4,7 +4,7 @@
 #include "QorShaderParameters.h"
 
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include <benchmark/benchmark.h>
 
@@ -44,7 +44,7 @@ QorShaderParameters* SixtyFourParameters(benchmark::State& state)
         made->Generate();
         return made;
     }();
-    QorShaderParameters* set = effect->GetParameters();
+    auto* set = static_cast<QorShaderParameters*>(effect->GetParameters());
     if (!set || set->GetNbParameters() != kParameterCount + 1) {
         state.SkipWithError("the generated effect did not give 64 parameters");
         return nullptr;

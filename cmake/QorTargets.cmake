@@ -89,10 +89,11 @@ endfunction()
 # qor_library_module(NAME [DEPENDS MODULES...] [LINKS LIBRARIES...]): one module folder
 # of the shader library (NAME.m), compiled as an object library and linked into the
 # single shared QorVisShaders. NAME.m/src is private to the module (and to its tests);
-# NAME.m/include, when present, holds what the module offers to the modules that name
-# it under DEPENDS. A module sees nothing else of its siblings, so including another
-# module's private header fails to compile. Symbols are hidden unless a public header
-# exports them (QOR_VISSHADERS_API).
+# NAME.m/include holds what the module offers to the modules that name it under DEPENDS,
+# and, through the header target NAMEHeaders, to a program that names the module (a
+# renderer's driver for one implementation, such as qorfx's back ends). A module sees
+# nothing else of its siblings, so including another module's header, private or not,
+# fails to compile. Symbols are hidden unless a header exports them (QOR_VISSHADERS_API).
 function(qor_library_module name)
   cmake_parse_arguments(ARG "" "" "DEPENDS;LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/src/*.cpp)
@@ -100,10 +101,21 @@ function(qor_library_module name)
   target_compile_options(${name} PRIVATE ${QOR_WARNINGS})
   set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  add_library(${name}Headers INTERFACE)
+  add_library(Qor::${name}Headers ALIAS ${name}Headers)
   if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/include)
-    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
+    target_include_directories(${name}Headers INTERFACE
+      $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>
+      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   endif()
-  target_link_libraries(${name} PUBLIC QorVisShadersInterfaces ${ARG_DEPENDS} ${ARG_LINKS})
+  set(dependency_headers)
+  foreach(dependency ${ARG_DEPENDS})
+    list(APPEND dependency_headers ${dependency}Headers)
+  endforeach()
+  target_link_libraries(${name}Headers INTERFACE QorVisShadersInterfaces ${dependency_headers} ${ARG_LINKS})
+  install(TARGETS ${name}Headers EXPORT QorVisShadersTargets)
+  target_link_libraries(${name} PUBLIC ${name}Headers ${ARG_DEPENDS})
   set_property(GLOBAL APPEND PROPERTY QOR_LIBRARY_MODULES ${name})
 endfunction()
 

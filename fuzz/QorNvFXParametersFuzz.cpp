@@ -5,7 +5,7 @@
 // container here, so they are dropped.
 
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 #include "QorVisShaders/QorShaderManager.h"
 
 #include <cstddef>

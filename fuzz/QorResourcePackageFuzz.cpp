@@ -32,11 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (int id = 0; id < container.GetEntryCount(); ++id) {
         QorStreamer idStream;
         idStream.WriteInt(id, 0);
-        if (QorIShaderEffect* effect = container.GetResourceShader(idStream)) {
-            (void)effect->GetName();
-            (void)effect->getBuffer();
-            effect->Release();
-        }
+        QorResourceZPKContainer::EffectSource effect;
+        container.GetResourceShader(idStream, effect);
         idStream.Rewind();
         QorTexturePixelImage* image = nullptr;
         if (container.GetResource(idStream, image))

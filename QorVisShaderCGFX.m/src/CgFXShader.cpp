@@ -1,27 +1,18 @@
 #include "CgFXShader.h"
 
+#include "QorCgFXProfile.h"
 #include "QorShaderParameters.h"
 
 #include "QorVisShaderShared/QorShaderValueCopy.h"
 
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
-#include <cstring>
 #include <memory>
 #include <new>
 
-CgFXShader::CgFXShader(const CgFXShader& other) : QorShaderObject(other)
-{
-    if (other.m_parameters)
-        m_parameters = new (std::nothrow) QorShaderParameters(*other.Parameters());
-}
-
-CgFXShader::~CgFXShader()
-{
-    ReleaseEffect();
-}
+CgFXShader::CgFXShader() : QorShaderObject(kQorCgFXProfile) {}
 
 QorShaderEffect* CgFXShader::Effect() const
 {
@@ -33,16 +24,9 @@ QorShaderParameters* CgFXShader::Parameters() const
     return static_cast<QorShaderParameters*>(m_parameters);
 }
 
-void CgFXShader::TakeParameters(QorShaderParameters* parameters)
+QorMaterialEffect* CgFXShader::ShareEffect(const char* name)
 {
-    DeleteParameters();
-    m_parameters = parameters;
-}
-
-void CgFXShader::SelectParameters(QorIShaderParameters* parameters)
-{
-    // A CgFX shader's set is a CgFX set: the effect need not ask its type.
-    Effect()->SelectParameters(static_cast<QorShaderParameters*>(parameters));
+    return QorShaderEffect::AddShaderEffect(name);
 }
 
 QorIShader* CgFXShader::Clone()
@@ -72,70 +56,13 @@ int CgFXShader::GetParameterFloatMinMaxStep(int index, float& min, float& max, f
     return rangeOfHandle(Parameters()->GetCgParameter(index), min, max, step, widget, name);
 }
 
-int CgFXShader::GetParameterColor(int index, float* r, float* g, float* b, float* a)
-{
-    if (!m_parameters || index < 1)
-        return -1;
-    float rgba[4] = {0, 0, 0, 0};
-    const int result = m_parameters->GetColorValue(index, rgba, 0);
-    float* outputs[4] = {r, g, b, a};
-    for (int i = 0; i < 4; ++i)
-        if (outputs[i])
-            *outputs[i] = rgba[i];
-    return result;
-}
-
-int CgFXShader::GetParameterString(int index, char* buffer)
-{
-    if (!m_parameters || index < 1)
-        return -1;
-    char* file = nullptr;
-    m_parameters->GetTextureValue(index, &file, 0);
-    if (buffer) {
-        // The caller's buffer holds QorMaxParameterStringLength bytes (see QorIShader).
-        std::strncpy(buffer, file ? file : "", QorMaxParameterStringLength - 1);
-        buffer[QorMaxParameterStringLength - 1] = '\0';
-    }
-    return 1;
-}
-
-bool CgFXShader::GenerateParameters()
-{
-    if (!m_effect)
-        return false;
-    TakeParameters(nullptr);
-    QorShaderParameters* defaults = Effect()->IsBound() ? Effect()->GetParameters() : Effect()->GenerateShader();
-    if (defaults)
-        m_parameters = new (std::nothrow) QorShaderParameters(*defaults);
-
-    int interfaceCount = 0;
-    m_effect->GetNumInterface(interfaceCount);
-    if (interfaceCount != 0) {
-        // A copy: connecting can add interfaces to the effect's map while we walk.
-        const std::map<QorString, QorShaderInterface*> interfaces = Effect()->GetInterfaces();
-        for (const auto& entry : interfaces)
-            if (entry.second && m_parameters)
-                m_effect->ConnectTypeToInterface(entry.first.c_str(), m_effect->GetDynamicType(entry.first.c_str()),
-                                                 m_parameters);
-    }
-    return m_parameters != nullptr;
-}
-
-void CgFXShader::SetBuffer(const char* text, const char* name)
-{
-    ReleaseEffect();
-    m_effect = QorShaderEffect::AddShaderEffect(name);
-    if (m_effect)
-        m_effect->setBuffer(text);
-}
-
 void CgFXShader::Stream(QorStreamer& streamer)
 {
     if (m_parameters)
-        Parameters()->Stream(streamer);
+        m_parameters->Stream(streamer);
     // The effect's source travels in the container, not in this record.
     if (m_effect && streamer.GetResourceZPKContainer())
-        streamer.GetResourceZPKContainer()->AddResource(streamer, m_effect);
+        streamer.GetResourceZPKContainer()->AddResource(streamer, m_effect->GetName(), m_effect->getBuffer());
 }
 
 void CgFXShader::UnStream(QorStreamer& streamer)
@@ -145,33 +72,23 @@ void CgFXShader::UnStream(QorStreamer& streamer)
         return;
     streamed->UnStream(streamer);
     QorResourceZPKContainer* container = streamer.GetResourceZPKContainer();
-    QorIShaderEffect* resource = container ? container->GetResourceShader(streamer) : nullptr;
-    if (resource) {
+    QorResourceZPKContainer::EffectSource stored;
+    if (container && container->GetResourceShader(streamer, stored)) {
         // Whatever this shader held before is handed back rather than forgotten.
         ReleaseEffect();
-        m_effect = QorShaderEffect::AddShaderEffect(resource->GetName());
+        m_effect = QorShaderEffect::AddShaderEffect(stored.name.c_str());
         if (m_effect && !m_effect->Generated()) {
-            m_effect->setBuffer(resource->getBuffer());
+            m_effect->setBuffer(stored.hasSource ? stored.source.c_str() : nullptr);
             Effect()->ConfineIncludesToSearchPaths();
             m_effect->Generate();
         }
     }
-    if (m_effect && Effect()->GetParameters())
-        TakeParameters(new (std::nothrow) QorShaderParameters(*Effect()->GetParameters()));
-    if (resource) {
-        container->RemoveResource(resource);
-        resource->Release();
-    }
-    if (m_parameters)
-        copyValuesFrom(*streamed);
-}
-
-void CgFXShader::copyValuesFrom(QorShaderParameters& streamed)
-{
+    if (m_effect && m_effect->GetParameters())
+        AdoptParameters(*m_effect->GetParameters());
     // Matched by index: the stream and the effect list their parameters in one order.
-    const int count = streamed.GetNbParameters();
-    for (int index = 1; index < count; ++index)
-        QorCopyParameterValue(streamed, index, *m_parameters, index);
+    const int count = streamed->GetNbParameters();
+    for (int index = 1; m_parameters && index < count; ++index)
+        QorCopyParameterValue(*streamed, index, *m_parameters, index);
 }
 
 int CgFXShader::SetEnvironmentMap(const char* file, int first, int second)

@@ -2,7 +2,7 @@
 
 #include "CgFXShader.h"
 
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include <new>
 

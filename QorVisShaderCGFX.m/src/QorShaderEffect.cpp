@@ -1,19 +1,15 @@
-// Lifecycle of a CgFX effect: construction, reference counting, the registry by name,
-// naming, source and streaming.
-#include "QorVisShaders/QorShaderEffect.h"
+// Lifecycle of a CgFX effect: construction, the registry by name, Init and the source.
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
-#include "QorVisShaderShared/QorShaderEffectRegistry.h"
-#include "QorVisShaderShared/QorShaderEffectText.h"
-
+#include "QorCgFXProfile.h"
 #include "QorShaderInterface.h"
 #include "QorShaderParameters.h"
-#include "QorSystem/QorStrings.h"
-#include "QorVisFoundation/QorGLServices.h"
-#include "QorVisFoundation/QorStreamer.h"
+
+#include "QorVisShaderShared/QorShaderEffectRegistry.h"
+
+#include "QorDeleteShaderEffect.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <new>
 
 namespace {
@@ -26,7 +22,7 @@ QorShaderEffectRegistry<QorShaderEffect>& _listShaderEffectName()
 
 } // namespace
 
-QorShaderEffect::QorShaderEffect()
+QorShaderEffect::QorShaderEffect() : QorMaterialEffect(kQorCgFXProfile)
 {
     Init();
 }
@@ -38,27 +34,18 @@ QorShaderEffect::~QorShaderEffect()
     if (m_effect)
         DeleteShaderEffect(m_effect);
     m_effect = nullptr;
-    std::free(m_buffer);
-    std::free(m_name);
-    delete[] m_uuid;
-    delete[] m_provider;
-    delete m_parameters;
     for (auto& entry : m_interfaces)
         delete entry.second;
 }
 
-unsigned int QorShaderEffect::AddRef()
+QorShaderEffect* QorShaderEffect::AddShaderEffect(const char* name)
 {
-    return ++m_refCount;
+    return _listShaderEffectName().Add(name, [] { return new (std::nothrow) QorShaderEffect(); });
 }
 
-unsigned int QorShaderEffect::Release()
+void QorShaderEffect::Unregister()
 {
-    if (m_refCount > 1)
-        return --m_refCount;
-    RemoveShaderEffect(this);
-    delete this;
-    return 0;
+    _listShaderEffectName().Remove(this);
 }
 
 void QorShaderEffect::Init()
@@ -85,72 +72,13 @@ void QorShaderEffect::Init()
     m_iblSpecular = nullptr;
     m_techniqueValidated = 0;
     m_bound = 0;
-    delete m_parameters;
-    m_parameters = nullptr;
-    m_interfaceParameters = nullptr;
-    m_currentOwnSet = nullptr;
-    std::free(m_buffer);
-    m_buffer = nullptr;
-    // The reference count is left alone: the holders of a shared effect keep their
-    // references across a recompilation, and resetting it would free the effect under them.
-}
-
-QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const char* name)
-{
-    return _listShaderEffectName().Find(name);
-}
-
-QorShaderEffectAndName* QorShaderEffect::GetShaderEffect(const QorShaderEffect* effect)
-{
-    return _listShaderEffectName().Find(effect);
-}
-
-QorShaderEffect* QorShaderEffect::AddShaderEffect(const char* name)
-{
-    return _listShaderEffectName().Add(name, [] { return new (std::nothrow) QorShaderEffect(); });
-}
-
-void QorShaderEffect::RemoveShaderEffect(const QorShaderEffect* effect)
-{
-    _listShaderEffectName().Remove(effect);
-}
-
-void QorShaderEffect::SetName(char* name)
-{
-    QorShaderEffectText::SetName(m_name, name);
-}
-
-void QorShaderEffect::setFileName(const QorString& name)
-{
-    QorShaderEffectText::SetFileName(name, m_fileName, m_pathName);
+    ResetModel();
 }
 
 void QorShaderEffect::setBuffer(const char* text)
 {
     m_includesConfined = false;
-    QorShaderEffectText::SetBuffer(m_buffer, m_fileName, text);
-}
-
-void QorShaderEffect::Stream(QorStreamer& streamer)
-{
-    QorShaderEffectText::Stream(streamer, m_name, m_buffer);
-}
-
-void QorShaderEffect::UnStream(QorStreamer& streamer)
-{
-    QorShaderEffectText::UnStream(streamer, m_name, m_buffer);
-}
-
-void QorShaderEffect::SetIShaderParameters(QorIShaderParameters* parameters)
-{
-    m_interfaceParameters = parameters;
-    m_currentOwnSet = dynamic_cast<QorShaderParameters*>(parameters);
-}
-
-void QorShaderEffect::SelectParameters(QorShaderParameters* parameters)
-{
-    m_interfaceParameters = parameters;
-    m_currentOwnSet = parameters;
+    QorMaterialEffect::setBuffer(text);
 }
 
 int QorShaderEffect::GetNumInterface(int& count) const
@@ -159,7 +87,7 @@ int QorShaderEffect::GetNumInterface(int& count) const
     return 1;
 }
 
-QorIShaderParameters* QorShaderEffect::Generate()
+QorMaterialParameters* QorShaderEffect::Compile()
 {
     return GenerateShader();
 }

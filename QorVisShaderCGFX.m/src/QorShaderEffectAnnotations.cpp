@@ -1,6 +1,6 @@
 // What the user sees of a parameter: whether it becomes a user value, and its slider
 // range from the UI annotations.
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorCgTypes.h"
 #include "QorShaderParameters.h"
@@ -85,5 +85,7 @@ int QorShaderEffect::getParameterFloatMinMaxStep(CGparameter parameter, float& m
 
 CGparameter QorShaderEffect::GetUserParameter(int index) const
 {
-    return m_parameters ? m_parameters->GetCgParameter(index) : nullptr;
+    // A CgFX effect builds CgFX sets only.
+    const auto* parameters = static_cast<const QorShaderParameters*>(GetParameters());
+    return parameters ? parameters->GetCgParameter(index) : nullptr;
 }

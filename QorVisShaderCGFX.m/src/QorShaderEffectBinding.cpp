@@ -1,6 +1,6 @@
 // Semantic binding: the parameters the renderer feeds are bound to the effect's handles
 // by semantic, the rest become the user values of the default parameter set.
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorDiagnostics/CheckFailure.h"
 #include "QorMath/QorSaturatingInt.h"
@@ -162,7 +162,7 @@ bool QorShaderEffect::bindLightParameter(CGparameter parameter, CGparameter QorS
     return true;
 }
 
-void QorShaderEffect::buildParameterSet()
+void QorShaderEffect::buildParameterSet(QorShaderParameters& parameters)
 {
     // Cleared once for the whole walk: a shorter vector read after a longer one keeps
     // the longer one's trailing components.
@@ -174,7 +174,7 @@ void QorShaderEffect::buildParameterSet()
             if (type == CG_FLOAT || type == CG_INT || type == CG_BOOL) {
                 float value = 0;
                 cgGLGetParameter1f(parameter, &value);
-                m_parameters->AddFloatParameter(parameter, value);
+                parameters.AddFloatParameter(parameter, value);
             } else if (type >= CG_FLOAT2 && type <= CG_FLOAT4) {
                 if (type == CG_FLOAT2)
                     cgGLGetParameter2f(parameter, components);
@@ -182,15 +182,15 @@ void QorShaderEffect::buildParameterSet()
                     cgGLGetParameter3f(parameter, components);
                 else
                     cgGLGetParameter4f(parameter, components);
-                m_parameters->AddColorParameter(parameter, components, type - CG_FLOAT + 1);
+                parameters.AddColorParameter(parameter, components, type - CG_FLOAT + 1);
             } else if (QorIsCgTextureType(type)) {
-                m_parameters->AddTextureParameter(parameter, QorShaderParameters::GetTextureFileAnnotation(parameter));
+                parameters.AddTextureParameter(parameter, QorShaderParameters::GetTextureFileAnnotation(parameter));
             }
             continue;
         }
         const char* name = cgGetParameterName(parameter);
         if (name && std::strcmp(name, "environment") == 0) {
-            bindEnvironment(parameter);
+            bindEnvironment(parameter, parameters);
             continue;
         }
         const char* userType = StringAnnotation(parameter, "UserType");
@@ -200,16 +200,16 @@ void QorShaderEffect::buildParameterSet()
         const CGtype base = cgGetNamedUserType(m_effect, userType);
         if (cgIsInterfaceType(base)) {
             AddInterface(parameter, m_context.Get(), m_effect, base);
-            ConnectTypeToInterface(name, dynamicType, m_parameters);
+            ConnectTypeToInterface(name, dynamicType, &parameters);
         }
     }
 }
 
-void QorShaderEffect::bindEnvironment(CGparameter parameter)
+void QorShaderEffect::bindEnvironment(CGparameter parameter, QorShaderParameters& parameters)
 {
     const CGtype environment = cgGetNamedUserType(m_effect, "Environment");
     QorShaderInterface* created = AddInterface(parameter, m_context.Get(), m_effect, environment);
-    if (created && ConnectTypeToInterface("environment", "SEnvColor", m_parameters)) {
+    if (created && ConnectTypeToInterface("environment", "SEnvColor", &parameters)) {
         m_environmentState = QorEnvironmentColor;
         m_environmentInterface = created;
         m_environmentMembers[0] = cgGetNamedStructParameter(created->GetInstance(), "EnvAmbient");

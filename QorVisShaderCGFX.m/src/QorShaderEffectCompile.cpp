@@ -1,6 +1,6 @@
 // Compilation of a CgFX effect: finding the source, creating the Cg context and effect,
 // reporting compile errors to the error file, and choosing and validating techniques.
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorCgTokenLimit.h"
 #include "QorGLSLSamplerUnits.h"
@@ -99,14 +99,14 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
         std::fill(std::begin(m_lights), std::end(m_lights), QorShaderLight{});
     }
     std::fill(m_material, m_material + QorEffectDiffuse, nullptr);
-    delete m_parameters;
-    m_parameters = new (std::nothrow) QorShaderParameters();
-    if (!m_parameters)
+    auto* parameters = new (std::nothrow) QorShaderParameters();
+    ReplaceParameters(parameters);
+    if (!parameters)
         return nullptr;
     bindSemantics();
-    buildParameterSet();
+    buildParameterSet(*parameters);
     m_bound = 1;
-    return m_parameters;
+    return parameters;
 }
 
 void QorShaderEffect::writeErrorFile(const char* message, const char* listing)

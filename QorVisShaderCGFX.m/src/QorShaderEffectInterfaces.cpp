@@ -1,5 +1,5 @@
 // The effect's Cg interfaces, by the name of their interface parameter.
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorDiagnostics/CheckFailure.h"
 #include "QorShaderInterface.h"
@@ -74,4 +74,13 @@ const char* QorShaderEffect::GetDynamicType(const char* name) const
 {
     const QorShaderInterface* found = FindInterface(m_interfaces, name);
     return found ? found->GetDynamicTypeString() : nullptr;
+}
+
+void QorShaderEffect::ConnectInterfaces(QorMaterialParameters& parameters)
+{
+    // A copy: connecting can add interfaces to the map while it is walked.
+    const std::map<QorString, QorShaderInterface*> interfaces = m_interfaces;
+    for (const auto& entry : interfaces)
+        if (entry.second)
+            ConnectTypeToInterface(entry.first.c_str(), GetDynamicType(entry.first.c_str()), &parameters);
 }

@@ -1,7 +1,7 @@
 // The light and environment model: the light configuration code builds the "lights"
 // array from "SLightPoint", "SLightSpot" and "SLightDir" instances of the "Light"
 // interface; the environment switches "environment" between "SEnvColor" and "SEnvCUBE".
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorShaderInterface.h"
 
@@ -125,7 +125,7 @@ int QorShaderEffect::updateEnvModel(EnvironmentState state)
         return 1;
     m_environmentState = state;
     const bool color = state == QorEnvironmentColor;
-    return ConnectTypeToInterface("environment", color ? "SEnvColor" : "SEnvCUBE", m_interfaceParameters);
+    return ConnectTypeToInterface("environment", color ? "SEnvColor" : "SEnvCUBE", GetIShaderParameters());
 }
 
 void QorShaderEffect::refreshEnvironmentMembers()

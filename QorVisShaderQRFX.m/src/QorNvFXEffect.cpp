@@ -1,16 +1,16 @@
-// Lifecycle of a GLSL effect: construction, reference counting, the registry by name,
-// naming, source, techniques and the light mask.
-#include "QorVisShaders/QorNvFXEffect.h"
+// Lifecycle of a GLSL effect: construction, the registry by name, Init, techniques and
+// the light mask.
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
+
+#include "QorQRFXProfile.h"
 
 #include "QorVisShaderShared/QorShaderEffectRegistry.h"
-#include "QorVisShaderShared/QorShaderEffectText.h"
 
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include <nvFX/IContainer.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <new>
 
 namespace {
@@ -23,18 +23,15 @@ QorShaderEffectRegistry<QorNvFXEffect>& Registry()
 
 } // namespace
 
-QorNvFXEffect::QorNvFXEffect()
+QorNvFXEffect::QorNvFXEffect() : QorMaterialEffect(kQorQRFXProfile)
 {
     Init();
 }
 
 QorNvFXEffect::~QorNvFXEffect()
 {
-    std::free(m_buffer);
-    std::free(m_name);
-    delete[] m_uuid;
-    delete[] m_provider;
-    delete m_parameters;
+    // The default set goes first: its values mirror the containers' uniforms.
+    ResetModel();
     retireContainer();
     for (nvFX::IContainer* container : m_retiredContainers)
         nvFX::IContainer::destroy(container);
@@ -45,23 +42,9 @@ QorNvFXEffect* QorNvFXEffect::AddShaderEffect(const char* name)
     return Registry().Add(name, [] { return new (std::nothrow) QorNvFXEffect(); });
 }
 
-void QorNvFXEffect::RemoveShaderEffect(const QorNvFXEffect* effect)
+void QorNvFXEffect::Unregister()
 {
-    Registry().Remove(effect);
-}
-
-unsigned int QorNvFXEffect::AddRef()
-{
-    return ++m_refCount;
-}
-
-unsigned int QorNvFXEffect::Release()
-{
-    if (m_refCount > 1)
-        return --m_refCount;
-    RemoveShaderEffect(this);
-    delete this;
-    return 0;
+    Registry().Remove(this);
 }
 
 void QorNvFXEffect::retireContainer()
@@ -79,16 +62,7 @@ void QorNvFXEffect::Init()
     retireContainer();
     m_lightMask = 0;
     m_lightCount = 0;
-    delete m_parameters;
-    m_parameters = nullptr;
-    m_currentParameters = nullptr;
-    std::free(m_buffer);
-    m_buffer = nullptr;
-    m_first = 1;
-    m_flag = 0;
-    m_second = 0;
-    // The reference count is left alone: the holders of a shared effect keep their
-    // references across an Init, and resetting it would free the effect under them.
+    ResetModel();
 }
 
 void QorNvFXEffect::getTechnique(int* index)
@@ -118,35 +92,7 @@ void QorNvFXEffect::setTechniqueByName(const char* name)
         m_technique = technique;
 }
 
-void QorNvFXEffect::setFileName(const QorString& name)
-{
-    QorShaderEffectText::SetFileName(name, m_fileName, m_pathName);
-}
-
-void QorNvFXEffect::setBuffer(const char* text)
-{
-    QorShaderEffectText::SetBuffer(m_buffer, m_fileName, text);
-}
-
-void QorNvFXEffect::SetName(char* name)
-{
-    // The name handed over before is freed, not forgotten: a renamed effect leaks nothing.
-    QorShaderEffectText::SetName(m_name, name);
-}
-
-void QorNvFXEffect::Stream(QorStreamer&) {}
-
-void QorNvFXEffect::UnStream(QorStreamer& streamer)
-{
-    QorShaderEffectText::UnStream(streamer, m_name, m_buffer);
-}
-
-QorIShaderParameters* QorNvFXEffect::GetIShaderParameters()
-{
-    return m_currentParameters;
-}
-
-QorIShaderParameters* QorNvFXEffect::Generate()
+QorMaterialParameters* QorNvFXEffect::Compile()
 {
     return Load();
 }

@@ -1,9 +1,9 @@
 // Binding a loaded GLSL effect's uniforms: the light and clip-plane uniforms by name, the
 // uniforms the renderer feeds by semantic, and the rest, when the user may edit them,
 // into the default parameter set.
-#include "QorVisShaders/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
 
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include "QorVisShaderShared/QorHiddenParameters.h"
 
@@ -97,6 +97,37 @@ const char* const kReservedSemantics[] = {
     "GLOBALAMBIENTCOLOR", "AUTOMATICENVIRONMENTMAP", "AUTOMATICCOLORATTRIBUTE",
 };
 
+// Adds the user parameter `uniform` of nvFX type `type` with its current value.
+void AddUserParameter(QorNvFXShaderParameters& parameters, nvFX::IUniform* uniform, int type)
+{
+    float components[4] = {0, 0, 0, 0};
+    switch (type) {
+    case nvFX::IUniform::TInt: // refused by the test above; listed as the dispatch names it
+    case nvFX::IUniform::TFloat:
+        uniform->getValuefv(components, 1);
+        parameters.AddFloat(uniform, components[0]);
+        break;
+    case nvFX::IUniform::TVec2:
+    case nvFX::IUniform::TVec3:
+    case nvFX::IUniform::TVec4: {
+        const int count = type - nvFX::IUniform::TFloat + 1;
+        uniform->getValuefv(components, count);
+        parameters.AddColor(uniform, components, count);
+        break;
+    }
+    case nvFX::IUniform::TSampler2D:
+    case nvFX::IUniform::TSampler2DRect:
+    case nvFX::IUniform::TSamplerCube: {
+        nvFX::IAnnotation* annotations = uniform->annotations();
+        const char* file = annotations ? annotations->getAnnotationString("defaultFile") : nullptr;
+        parameters.AddString(uniform, file ? file : "");
+        break;
+    }
+    default:
+        break;
+    }
+}
+
 } // namespace
 
 void QorNvFXEffect::lookUpNamedUniforms()
@@ -122,13 +153,8 @@ void QorNvFXEffect::warn(const char* format, const char* name)
     m_loadWarnings.emplace_back(line);
 }
 
-void QorNvFXEffect::bindUniforms()
+void QorNvFXEffect::bindUniforms(QorNvFXShaderParameters& parameters)
 {
-    // The default set of the previous load goes: shader objects hold copies of their own.
-    delete m_parameters;
-    m_parameters = new (std::nothrow) QorNvFXShaderParameters();
-    if (!m_parameters)
-        return;
     for (int index = 0;; ++index) {
         nvFX::IUniform* uniform = m_container->findUniform(index);
         if (!uniform)
@@ -146,7 +172,7 @@ void QorNvFXEffect::bindUniforms()
         }
         int type = 0;
         if (isUserParameter(uniform, &type))
-            addUserParameter(uniform, type);
+            AddUserParameter(parameters, uniform, type);
     }
 }
 
@@ -160,36 +186,6 @@ bool QorNvFXEffect::isUserParameter(nvFX::IUniform* uniform, int* type) const
     return (*type >= nvFX::IUniform::TFloat && *type <= nvFX::IUniform::TVec4) ||
            *type == nvFX::IUniform::TSampler2D || *type == nvFX::IUniform::TSampler2DRect ||
            *type == nvFX::IUniform::TSamplerCube;
-}
-
-void QorNvFXEffect::addUserParameter(nvFX::IUniform* uniform, int type)
-{
-    float components[4] = {0, 0, 0, 0};
-    switch (type) {
-    case nvFX::IUniform::TInt: // refused by the test above; listed as the dispatch names it
-    case nvFX::IUniform::TFloat:
-        uniform->getValuefv(components, 1);
-        m_parameters->AddFloat(uniform, components[0]);
-        break;
-    case nvFX::IUniform::TVec2:
-    case nvFX::IUniform::TVec3:
-    case nvFX::IUniform::TVec4: {
-        const int count = type - nvFX::IUniform::TFloat + 1;
-        uniform->getValuefv(components, count);
-        m_parameters->AddColor(uniform, components, count);
-        break;
-    }
-    case nvFX::IUniform::TSampler2D:
-    case nvFX::IUniform::TSampler2DRect:
-    case nvFX::IUniform::TSamplerCube: {
-        nvFX::IAnnotation* annotations = uniform->annotations();
-        const char* file = annotations ? annotations->getAnnotationString("defaultFile") : nullptr;
-        m_parameters->AddString(uniform, file ? file : "");
-        break;
-    }
-    default:
-        break;
-    }
 }
 
 namespace {

@@ -1,6 +1,6 @@
 // Loading a GLSL effect: finding its source, loading it into an nvFX container with the
 // include callback, and selecting the first technique.
-#include "QorVisShaders/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
 
 #include "QorNvFXCallbacks.h"
 
@@ -9,13 +9,14 @@
 #include "QorDiagnostics/QorDebugOutput.h"
 
 #include "QorSystem/QorFiles.h"
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include <nvFX/IContainer.h>
 #include <nvFX/IContainerEx.h>
 #include <nvFX/nvFX.h>
 
 #include <cstdio>
+#include <new>
 #include <unistd.h>
 
 // ".hfx" and ".glslfxh" includes are files, found as named or under "\shaders\" of
@@ -84,7 +85,12 @@ QorNvFXShaderParameters* QorNvFXEffect::Load()
     m_technique = m_container->findTechnique(0);
     m_compiled = 0;
     lookUpNamedUniforms();
-    bindUniforms();
+    // The default set of the previous load goes: shader objects hold copies of their own.
+    auto* parameters = new (std::nothrow) QorNvFXShaderParameters();
+    ReplaceParameters(parameters);
+    if (!parameters)
+        return nullptr;
+    bindUniforms(*parameters);
     m_compiled = 1;
-    return m_parameters;
+    return parameters;
 }

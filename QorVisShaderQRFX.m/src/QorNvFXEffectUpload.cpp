@@ -1,43 +1,34 @@
 // Pushing a shader object's values into the uniforms of the effect before drawing. This
-// runs for every material of every frame, so it visits only the values changed since the
-// last upload, as the set lists them.
-#include "QorVisShaders/QorNvFXEffect.h"
+// runs for every material of every frame.
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
 
-#include "QorVisShaders/QorNvFXShaderParameters.h"
-#include "QorVisShaders/QorNvFXShaderValue.h"
+#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderTexture.h"
 
 #include <nvFX/IUniformEx.h>
 
-#include <cstddef>
-
 namespace {
 
-void Push(QorIShaderValue* listed, bool onlyIfChanged)
+// Writes one value into the uniform it mirrors; a texture binds the GL texture the
+// registry holds for its file (nothing while it has none) on the unit its sampler reads.
+void PushValue(const QorMaterialValue& value)
 {
-    auto* value = static_cast<QorNvFXShaderValue*>(listed);
-    // Values read back from a stream mirror no uniform: nothing to feed.
-    if (!value || (onlyIfChanged && !value->GetChanged()) || !value->GetParameter())
+    auto* uniform = static_cast<nvFX::IUniform*>(value.Binding());
+    if (value.Type() == QorValueTexture) {
+        const QorShaderTexture* texture = QorShaderManager::GetShaderTexture(value.File());
+        nvFX::IUniformEx* extended = uniform->getExInterface();
+        if (texture && texture->GetID() != 0)
+            uniform->setSamplerResource(texture->GetID(), extended ? extended->getSamplerUnit() : 0);
         return;
-    // A texture goes on the unit its sampler reads.
-    nvFX::IUniformEx* uniform = value->GetParameter()->getExInterface();
-    value->Push(uniform ? uniform->getSamplerUnit() : 0);
-    value->ClearChanged();
+    }
+    const int count = value.Type() == QorValueFloat ? 1 : value.ComponentCount();
+    if (count > 0)
+        uniform->setValuefv(value.Components(), count > 4 ? 4 : count);
 }
 
 } // namespace
 
 void QorNvFXEffect::UploadCurrentParameters(bool onlyIfModified)
 {
-    if (!m_currentParameters || !m_container)
-        return;
-    const QorShaderValueList& values = *m_currentParameters->GetValueList();
-    if (onlyIfModified) {
-        for (int position : m_currentParameters->GetChangedPositions())
-            if (static_cast<std::size_t>(position) < values.size())
-                Push(values[static_cast<std::size_t>(position)], true);
-    } else {
-        for (QorIShaderValue* listed : values)
-            Push(listed, false);
-    }
-    m_currentParameters->ClearChangedPositions();
+    Upload(onlyIfModified, m_container != nullptr, PushValue);
 }

@@ -2,7 +2,7 @@
 
 #include "QorNvFXShader.h"
 
-#include "QorVisShaders/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
 
 #include <new>
 

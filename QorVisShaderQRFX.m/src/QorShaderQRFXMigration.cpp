@@ -1,4 +1,4 @@
-#include "QorVisShaders/QorShaderQRFXMigration.h"
+#include "QorVisShaderQRFX/QorShaderQRFXMigration.h"
 
 #include "QorNvFXShader.h"
 
@@ -7,8 +7,8 @@
 
 #include "QorSysMultiThreading/QorMutex.h"
 #include "QorSystem/QorStrings.h"
-#include "QorVisShaders/QorNvFXEffect.h"
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdio>
@@ -139,7 +139,7 @@ void QorShaderQRFXMigration::Migrate(Entry& entry)
     // Only a GLSL-effect shader can take GLSL values.
     auto* effect = shader.GetImplementation() == QorFxQRFX ? static_cast<QorNvFXEffect*>(shader.GetIShaderEffect())
                                                             : nullptr;
-    QorNvFXShaderParameters* defaults = effect ? effect->GetParameters() : nullptr;
+    QorMaterialParameters* defaults = effect ? effect->GetParameters() : nullptr;
     if (defaults && !shader.GetIShaderParameters())
         static_cast<QorNvFXShader&>(shader).AdoptParameters(*defaults);
     QorIShaderParameters* target = defaults ? shader.GetIShaderParameters() : nullptr;

@@ -25,11 +25,11 @@ void ReadTexture(QorStreamer& streamer, QorShaderValueRecordSink& sink)
         // Stored without its image (a value without a file, or one whose file could not
         // be read when it was written): the place stays, with nothing to take.
         if (!streamer.IsFailed())
-            sink.OnTexture(nullptr);
+            sink.OnTexture(token, nullptr);
         return;
     }
     const QorString file = QorShaderTextureCache::Adopt(streamer, *image);
-    sink.OnTexture(file.c_str());
+    sink.OnTexture(token, file.c_str());
 }
 
 } // namespace
@@ -125,10 +125,10 @@ void ReadValues(QorStreamer& streamer, QorShaderValueRecordSink& sink)
             ReadTexture(streamer, sink);
         } else if (type == QorValueFloat) {
             if (ReadFloat(streamer, token, numbers[0]))
-                sink.OnFloat(numbers[0]);
+                sink.OnFloat(token, numbers[0]);
         } else if (QorIsColorType(type)) {
             if (ReadColor(streamer, token, numbers))
-                sink.OnColor(type, numbers);
+                sink.OnColor(token, type, numbers);
         } else {
             sink.OnEmpty();
         }

@@ -61,5 +61,11 @@ public:
     virtual int GetNumInterface(int& count) const = 0;
     virtual QorFxImplementation GetImplementation() const = 0;
     virtual int updateEnvModel(EnvironmentState state) = 0;
+    /// Pushes the values of the parameter set drawing uses (the shader object's, made
+    /// current with QorIShader::SetCurrentParameters) into the effect's parameters, before
+    /// drawing. With `onlyIfModified`, only what changed since the last upload of that
+    /// same set is pushed; a set other than the one uploaded last is pushed whole. Texture
+    /// values bind the GL texture their registry record names (none while its ID is 0).
+    virtual void UploadCurrentParameters(bool onlyIfModified) = 0;
     virtual ~QorIShaderEffect() = default;
 };

@@ -4,7 +4,7 @@
 /// context), and a guard that leaves the process-wide texture registry and image lists empty.
 #pragma once
 
-#include "QorVisShaders/QorCgHolder.h"
+#include "QorVisShaderCGFX/QorCgHolder.h"
 #include "QorRegistryGuard.h"
 #include "QorShaderParameters.h"
 

@@ -9,7 +9,7 @@
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
 #include "QorVisFoundation/QorTexturePixelImage.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Semantic binding, visibility and interfaces on small effects written for each case.
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorShaderParameters.h"
 #include "QorTestSupport.h"

@@ -1,5 +1,5 @@
 // Finding sources and includes, compile errors and the error file.
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorShaderParameters.h"
 #include "QorSystem/QorFiles.h"

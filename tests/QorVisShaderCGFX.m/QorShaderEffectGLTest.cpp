@@ -5,7 +5,7 @@
 #include "QorGL/QorGLContext.h"
 #include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaderCGFX/QorCgFXFactory.h"
 

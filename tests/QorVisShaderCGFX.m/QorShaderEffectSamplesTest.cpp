@@ -1,6 +1,6 @@
 // The sample effects, compiled and reflected on the real Cg runtime (no GL context
 // needed): user parameters in index order, UI ranges, bound semantics and interfaces.
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include "QorShaderParameters.h"
 #include "QorTestSupport.h"
@@ -38,7 +38,7 @@ std::string Sample(const char* relative)
 
 void ExpectParameters(QorShaderEffect& effect, const std::vector<ExpectedParameter>& expected)
 {
-    QorShaderParameters* parameters = effect.GetParameters();
+    auto* parameters = static_cast<QorShaderParameters*>(effect.GetParameters());
     ASSERT_NE(parameters, nullptr);
     ASSERT_EQ(parameters->GetNbParameters(), static_cast<int>(expected.size()) + 1);
     EXPECT_STREQ(parameters->GetParameterName(0), "Technique");

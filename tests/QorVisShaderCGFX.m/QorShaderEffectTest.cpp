@@ -1,15 +1,16 @@
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
+#include "QorDeleteShaderEffect.h"
 #include "QorShaderParameters.h"
 #include "QorTestMaterial.h"
 #include "QorTestSupport.h"
+#include "QorVisFoundation/QorGLServices.h"
 #include "QorVisFoundation/QorStreamer.h"
 
 #include <gtest/gtest.h>
 
-namespace {
-
-} // namespace
+#include <cstdint>
+#include <vector>
 
 TEST(QorShaderEffectTest, RegistrySharesByNameAndForgetsOnLastRelease)
 {
@@ -69,7 +70,7 @@ TEST(QorShaderEffectTest, CompilesFromItsBufferAndAgainFromTheKeptSource)
     QorShaderParameters* parameters = effect->GenerateShader();
     ASSERT_NE(parameters, nullptr);
     EXPECT_NE(effect->Generated(), 0);
-    EXPECT_TRUE(effect->IsBound());
+    EXPECT_TRUE(effect->HasDefaults());
     EXPECT_STREQ(effect->getBuffer(), kQorTestMaterial);
     EXPECT_EQ(parameters->GetNbParameters(), 3) << "Technique, tint, gloss";
 
@@ -129,4 +130,23 @@ TEST(QorShaderEffectTest, StreamsNameAndSource)
     EXPECT_STREQ(read->getBuffer(), "technique t { pass p {} }");
     read->Release();
     written->Release();
+}
+
+TEST(QorShaderEffectTest, ACompiledEffectGoesBackThroughDeleteShaderEffect)
+{
+    std::vector<std::uintptr_t> deleted;
+    QorGLServiceObserver previous = QorSetGLServiceObserver([&deleted](QorGLService service, std::uintptr_t handle) {
+        if (service == QorGLService::DeleteShaderEffect)
+            deleted.push_back(handle);
+    });
+    QorShaderEffect* effect = QorShaderEffect::AddShaderEffect(nullptr);
+    effect->setBuffer(kQorTestMaterial);
+    ASSERT_NE(effect->Generate(), nullptr);
+    const CGeffect cg = effect->GetCgEffect();
+    ASSERT_TRUE(cgIsEffect(cg));
+    effect->Release();
+    EXPECT_FALSE(cgIsEffect(cg)) << "destroyed with the effect";
+    DeleteShaderEffect(nullptr);
+    QorSetGLServiceObserver(std::move(previous));
+    EXPECT_EQ(deleted, (std::vector<std::uintptr_t>{reinterpret_cast<std::uintptr_t>(cg), 0}));
 }

@@ -4,7 +4,7 @@
 #include "QorTestSupport.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 
 #include <gtest/gtest.h>
 
@@ -24,10 +24,7 @@ QorShaderEffect& FromPackage(CgFXShader& shader, const std::string& source)
     QorStreamer written;
     written.SetResourceZPKContainer(&container);
     QorShaderParameters().Stream(written);
-    QorShaderEffect* effect = QorShaderEffect::AddShaderEffect("package.cgfx");
-    effect->setBuffer(source.c_str());
-    container.AddResource(written, effect);
-    effect->Release();
+    container.AddResource(written, "package.cgfx", source.c_str());
     QorStreamer read(written.GetBytes());
     read.SetResourceZPKContainer(&container);
     shader.UnStream(read);

@@ -2,7 +2,7 @@
 #include "QorShaderInterface.h"
 
 #include "QorTestSupport.h"
-#include "QorVisShaders/QorCgHolder.h"
+#include "QorVisShaderCGFX/QorCgHolder.h"
 
 #include <gtest/gtest.h>
 

@@ -235,25 +235,25 @@ TEST(QorShaderParametersTest, ModifiedValuesAreListedOnceAndTheListStaysBounded)
     QorShaderParameters set;
     cg.Fill(set);
     const std::vector<int> all = {0, 1, 2, 3, 4, 5};
-    EXPECT_EQ(set.GetModifiedPositions(), all) << "new values are modified";
-    EXPECT_EQ(QorShaderParameters(set).GetModifiedPositions(), all) << "so are a copy's";
+    EXPECT_EQ(set.GetChangedPositions(), all) << "new values are modified";
+    EXPECT_EQ(QorShaderParameters(set).GetChangedPositions(), all) << "so are a copy's";
 
-    set.ClearModifiedPositions();
+    set.ClearChangedPositions();
     for (int index = 1; index <= 6; ++index)
         set.ResetModified(index);
     set.SetFloatValue(1, 2.0f);
     set.SetColorValue(2, std::vector<float>{1, 0, 0, 1}.data());
     set.SetFloatValue(1, 3.0f);
-    EXPECT_EQ(set.GetModifiedPositions(), (std::vector<int>{0, 1})) << "each once, in the order changed";
+    EXPECT_EQ(set.GetChangedPositions(), (std::vector<int>{0, 1})) << "each once, in the order changed";
 
     // Clearing a mark and changing the value again lists it again; however often a
     // renderer does so between uploads, the list is rebuilt before it outgrows the set.
     for (int turn = 0; turn < 1000; ++turn) {
         set.ResetModified(1);
         set.SetFloatValue(1, static_cast<float>(turn));
-        ASSERT_LE(set.GetModifiedPositions().size(), 2u * 6 + 16) << turn;
+        ASSERT_LE(set.GetChangedPositions().size(), 2u * 6 + 16) << turn;
     }
-    const std::vector<int>& listed = set.GetModifiedPositions();
+    const std::vector<int>& listed = set.GetChangedPositions();
     EXPECT_NE(std::find(listed.begin(), listed.end(), 0), listed.end());
     EXPECT_NE(std::find(listed.begin(), listed.end(), 1), listed.end());
 }
@@ -393,7 +393,7 @@ TEST(QorShaderParametersTest, InterfaceTexturesClearTheLoadStateAndRecordsAreRep
     QorShaderInterfaceRecord* declared = QorShaderParameters::BuildInterfaceRecord(cg.Parameter("declaredLight"));
     set.SetInterface("light", declared);
     EXPECT_EQ(set.SetInterface("light", declared), 1) << "the stored record again stays alive";
-    auto* texture = QorShaderValueString::FromValue(declared->GetMemberValue(4));
+    auto* texture = static_cast<QorMaterialValue*>(declared->GetMemberValue(4));
     ASSERT_NE(texture, nullptr);
 
     texture->SetLoadState(3);

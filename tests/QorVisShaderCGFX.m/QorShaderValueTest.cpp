@@ -41,7 +41,7 @@ TEST(QorShaderValueTest, ColourMovesItsComponentCountWithinItsFourFloats)
     QorShaderValueColor wide(nullptr, source, 6);
     wide.SetColor(source);
     wide.Get(out);
-    EXPECT_EQ(wide.GetComponentCount(), 6);
+    EXPECT_EQ(wide.ComponentCount(), 6);
     EXPECT_FLOAT_EQ(out[3], 0.4f);
     EXPECT_EQ(out[4], kUntouched);
 
@@ -114,16 +114,16 @@ TEST(QorShaderValueTest, StringHandsOutItsOwnTextAndSetsCopies)
     QorShaderValueString texture(nullptr, "wood.png");
     char* own = nullptr;
     texture.GetString(&own);
-    EXPECT_EQ(own, texture.GetFile());
+    EXPECT_EQ(own, texture.File());
     texture.SetString(own); // its own text is copied before the old one is freed
-    EXPECT_STREQ(texture.GetFile(), "wood.png");
+    EXPECT_STREQ(texture.File(), "wood.png");
     texture.SetString(nullptr);
-    EXPECT_EQ(texture.GetFile(), nullptr);
+    EXPECT_EQ(texture.File(), nullptr);
     texture.SetString("stone.png");
     texture.SetLoadState(3);
     QorShaderValueString copy(texture);
-    EXPECT_STREQ(copy.GetFile(), "stone.png");
-    EXPECT_NE(copy.GetFile(), texture.GetFile());
+    EXPECT_STREQ(copy.File(), "stone.png");
+    EXPECT_NE(copy.File(), texture.File());
     EXPECT_EQ(copy.GetLoadState(), 3);
     EXPECT_EQ(TypeOf(copy), 4);
 }

@@ -1,6 +1,6 @@
 // GLSL effects: the registry, loading with includes, techniques, the light mask, and the
 // binding of uniforms by semantic, by name and into the default parameter set.
-#include "QorVisShaders/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
 
 #include "NvFXTestSupport.h"
 #include "QorNvFXCallbacks.h"
@@ -8,7 +8,7 @@
 #include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include <nvFX/IContainer.h>
 #include <nvFX/IUniform.h>
@@ -59,7 +59,7 @@ TEST(QorNvFXEffectTest, SemanticsBindHandlesAndTheRestBecomesUserValues)
     LoadedEffect loaded(kQorNvFXTestEffect);
     ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
     QorNvFXEffect& effect = *loaded.effect;
-    EXPECT_TRUE(effect.IsCompiled());
+    EXPECT_TRUE(effect.HasDefaults());
     EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXWorldViewProjection)), "WorldViewProj");
     EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXWorldInverse)), "WorldI")
         << "WORLDINVERSE binds nothing; only WORLDI does";

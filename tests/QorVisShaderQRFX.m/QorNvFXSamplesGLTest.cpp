@@ -7,8 +7,8 @@
 #include "QorTestSupport.h"
 #include "QorVisShaderQRFX/QorQRFXFactory.h"
 #include "QorVisShaders/QorIShader.h"
-#include "QorVisShaders/QorNvFXEffect.h"
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <GL/gl.h>

@@ -1,6 +1,6 @@
 // The GLSL-effect parameter set: indexing, the guarded operations, texture references
 // and reading the parameter stream CgFX sets write.
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include "NvFXTestSupport.h"
 #include "QorNvFXTestEffect.h"
@@ -8,7 +8,7 @@
 #include "QorTestSupport.h"
 
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorNvFXShaderValue.h"
+#include "QorVisShaderQRFX/QorNvFXShaderValue.h"
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderTexture.h"
 

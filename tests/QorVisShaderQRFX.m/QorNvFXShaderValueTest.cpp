@@ -1,7 +1,7 @@
 // The values of GLSL-effect parameter sets: kinds, changed marks and their records.
-#include "QorVisShaders/QorNvFXShaderValueColor.h"
-#include "QorVisShaders/QorNvFXShaderValueFloat.h"
-#include "QorVisShaders/QorNvFXShaderValueString.h"
+#include "QorVisShaderQRFX/QorNvFXShaderValueColor.h"
+#include "QorVisShaderQRFX/QorNvFXShaderValueFloat.h"
+#include "QorVisShaderQRFX/QorNvFXShaderValueString.h"
 
 #include "QorVisFoundation/QorStreamer.h"
 
@@ -30,7 +30,7 @@ TEST(QorNvFXShaderValueTest, KindsAnswerTheirOwnReadsAndCodes)
     EXPECT_EQ(TypeOf(three), 6);
     EXPECT_EQ(TypeOf(four), 2);
     EXPECT_EQ(TypeOf(text), 4);
-    EXPECT_STREQ(text.GetText(), "") << "a null text is held as the empty one";
+    EXPECT_STREQ(text.File(), "") << "a null text is held as the empty one";
 
     float out[4] = {9, 9, 9, 9};
     EXPECT_EQ(number.GetColor(out), 0) << "another kind's read answers 0 and writes nothing";
@@ -38,7 +38,7 @@ TEST(QorNvFXShaderValueTest, KindsAnswerTheirOwnReadsAndCodes)
     EXPECT_EQ(two.GetColor(out), 1);
     EXPECT_EQ(out[1], 2);
     EXPECT_EQ(out[2], 9) << "a colour of two writes two";
-    number.ClearChanged();
+    number.ResetModified();
     float value = 0;
     EXPECT_EQ(number.GetFloat(&value), 0) << "the read answers the changed mark";
     EXPECT_EQ(value, 2.5f);
@@ -46,16 +46,16 @@ TEST(QorNvFXShaderValueTest, KindsAnswerTheirOwnReadsAndCodes)
     // Every setter marks the value changed, also with the same content.
     const float same = 2.5f;
     number.Set(&same);
-    EXPECT_EQ(number.GetChanged(), 1);
-    text.ClearChanged();
+    EXPECT_EQ(number.GetModified(), 1);
+    text.ResetModified();
     text.Set("");
-    EXPECT_EQ(text.GetChanged(), 1);
+    EXPECT_EQ(text.GetModified(), 1);
     text.SetString("oak.png");
     char* held = nullptr;
     EXPECT_EQ(text.GetString(&held), 1);
     EXPECT_STREQ(held, "oak.png");
     text.Set(held); // its own text is copied before the old one goes
-    EXPECT_STREQ(text.GetText(), "oak.png");
+    EXPECT_STREQ(text.File(), "oak.png");
 }
 
 TEST(QorNvFXShaderValueTest, RecordsCarryFourComponentsAndKeepTheCount)
@@ -75,14 +75,14 @@ TEST(QorNvFXShaderValueTest, RecordsCarryFourComponentsAndKeepTheCount)
     number.UnStream(stream);
     text.UnStream(stream);
     EXPECT_FALSE(stream.IsFailed());
-    EXPECT_EQ(back.GetComponentCount(), 2);
+    EXPECT_EQ(back.ComponentCount(), 2);
     float components[4] = {};
     back.Get(components);
     EXPECT_EQ(components[1], 0.75f);
     float value = 0;
     number.Get(&value);
     EXPECT_EQ(value, 4.5f);
-    EXPECT_STREQ(text.GetText(), "") << "the empty string was streamed";
+    EXPECT_STREQ(text.File(), "") << "the empty string was streamed";
     EXPECT_EQ(back.GetParameter(), nullptr) << "a token never turns back into a uniform";
 
     QorNvFXShaderValueFloat untouched(nullptr, 1.0f);

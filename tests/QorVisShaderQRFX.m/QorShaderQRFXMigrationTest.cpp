@@ -1,6 +1,6 @@
 // Carrying stored CgFX-era materials over to GLSL effects: the name cut, the values
 // copied by name, the streamer's part.
-#include "QorVisShaders/QorShaderQRFXMigration.h"
+#include "QorVisShaderQRFX/QorShaderQRFXMigration.h"
 
 #include "QorNvFXShader.h"
 #include "QorNvFXTestEffect.h"
@@ -10,8 +10,8 @@
 #include "QorSystem/QorStrings.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorNvFXEffect.h"
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include <gtest/gtest.h>
 
@@ -213,11 +213,7 @@ TEST(QorShaderQRFXMigrationTest, ReadingADocumentMigratesItsShadersOnceAtTheEnd)
     QorStreamer stream;
     stream.SetResourceZPKContainer(&container);
     WriteStoredValues(stream);
-    QorNvFXEffect* cgfxEffect = QorNvFXEffect::AddShaderEffect(nullptr);
-    cgfxEffect->SetName(_strdup("C:\\materials\\metal.cgfx"));
-    cgfxEffect->setBuffer("float4 cgfx;");
-    container.AddResource(stream, cgfxEffect);
-    cgfxEffect->Release();
+    container.AddResource(stream, "C:\\materials\\metal.cgfx", "float4 cgfx;");
     stream.Rewind();
 
     QorNvFXShader shader;

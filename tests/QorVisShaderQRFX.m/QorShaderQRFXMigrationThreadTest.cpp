@@ -1,10 +1,10 @@
 // Registration with a migration from many threads at once, as a renderer reading
 // documents on several threads does.
-#include "QorVisShaders/QorShaderQRFXMigration.h"
+#include "QorVisShaderQRFX/QorShaderQRFXMigration.h"
 
 #include "QorNvFXShader.h"
 
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@ endif()
 set(exported readTexture QorFindShaderFile QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
   QorIShader QorIShaderEffect QorIShaderParameters QorIShaderValue QorNvFXEffect QorNvFXShaderParameters
   QorNvFXShaderValue QorNvFXShaderValueFloat QorNvFXShaderValueColor QorNvFXShaderValueString
-  QorShaderQRFXMigration QorShaderMigrationReport)
+  QorShaderQRFXMigration QorShaderMigrationReport QorMaterialValue QorMaterialParameters QorMaterialEffect)
 set(required "QorShaderManager::CreateShader" "QorShaderManager::AddShaderTexture" "readTexture"
   "QorShaderEffect::AddShaderEffect" "QorShaderIncludeManager::Instance" "typeinfo for QorIShader\n")
 string(REPLACE "\n" ";" lines "${listing}")

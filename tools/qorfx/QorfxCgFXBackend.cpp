@@ -3,7 +3,7 @@
 #include "QorfxSceneFeed.h"
 
 #include "QorVisShaders/QorIShader.h"
-#include "QorVisShaders/QorShaderEffect.h"
+#include "QorVisShaderCGFX/QorShaderEffect.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <Cg/cgGL.h>

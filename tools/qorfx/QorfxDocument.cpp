@@ -1,7 +1,7 @@
 #include "QorfxDocument.h"
 
 #include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorShaderQRFXMigration.h"
+#include "QorVisShaderQRFX/QorShaderQRFXMigration.h"
 
 #include <filesystem>
 

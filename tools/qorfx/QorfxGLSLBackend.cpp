@@ -3,8 +3,8 @@
 #include "QorfxSceneFeed.h"
 
 #include "QorVisShaders/QorIShader.h"
-#include "QorVisShaders/QorNvFXEffect.h"
-#include "QorVisShaders/QorNvFXShaderParameters.h"
+#include "QorVisShaderQRFX/QorNvFXEffect.h"
+#include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 #include "QorVisShaders/QorShaderTypes.h"
 
 #include <nvFX/IAnnotationEx.h>
@@ -161,7 +161,7 @@ json QorfxGLSLBackend::Techniques(bool validate)
 
 void QorfxGLSLBackend::DescribeParameter(int index, json& entry)
 {
-    QorNvFXShaderParameters* defaults = m_effect.GetParameters();
+    auto* defaults = static_cast<QorNvFXShaderParameters*>(m_effect.GetParameters());
     nvFX::IUniform* uniform = defaults ? defaults->GetUniform(index) : nullptr;
     nvFX::IAnnotation* annotations = uniform ? uniform->annotations() : nullptr;
     if (!annotations)

@@ -7,7 +7,7 @@
 
 #include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorIShaderParameters.h"
-#include "QorVisShaders/QorShaderQRFXMigration.h"
+#include "QorVisShaderQRFX/QorShaderQRFXMigration.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
 #include <algorithm>

@@ -52,9 +52,7 @@ void DeleteDLTexture(unsigned int id)
     }
 }
 
-void DeleteShaderEffect(CGeffect effect)
+void QorNotifyGLService(QorGLService service, std::uintptr_t handle)
 {
-    Notify(QorGLService::DeleteShaderEffect, reinterpret_cast<std::uintptr_t>(effect));
-    if (effect)
-        cgDestroyEffect(effect);
+    Notify(service, handle);
 }

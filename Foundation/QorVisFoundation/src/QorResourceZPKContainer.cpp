@@ -1,16 +1,9 @@
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 
-#include "QorShaderEffectResource_p.h"
 #include "QorVisFoundation/QorStreamer.h"
 
 #include <new>
 #include <utility>
-
-QorResourceZPKContainer::~QorResourceZPKContainer()
-{
-    for (auto& handedOut : m_handedOut)
-        handedOut.second->DetachFromContainer();
-}
 
 int QorResourceZPKContainer::AddEntry(Entry entry)
 {
@@ -53,65 +46,49 @@ const QorResourceZPKContainer::Entry* QorResourceZPKContainer::GetEntry(int id) 
     return &m_entries[static_cast<std::size_t>(id)];
 }
 
-void QorResourceZPKContainer::AddResource(QorStreamer& streamer, QorIShaderEffect* effect)
+void QorResourceZPKContainer::AddResource(QorStreamer& streamer, const char* name, const char* source)
 {
     int id = -1;
-    if (effect) {
-        try {
-            const QorString name(effect->GetName());
-            const char* source = effect->getBuffer();
-            const auto sameName = m_effectIds.equal_range(name);
-            for (auto it = sameName.first; it != sameName.second && id < 0; ++it) {
-                const Entry& entry = m_entries[static_cast<std::size_t>(it->second)];
-                if (entry.hasSource == (source != nullptr) && (!source || entry.source == source))
-                    id = entry.id;
-            }
-            if (id < 0) {
-                Entry entry;
-                entry.kind = QorEffectEntry;
-                entry.name = name;
-                entry.hasSource = source != nullptr;
-                entry.source = source ? source : "";
-                id = AddEntry(std::move(entry));
-                if (id >= 0)
-                    m_effectIds.emplace(name, id);
-            }
-        } catch (...) {
-            // Out of memory: the effect is streamed as absent rather than half-stored.
-            id = -1;
+    try {
+        const QorString key(name ? name : "");
+        const auto sameName = m_effectIds.equal_range(key);
+        for (auto it = sameName.first; it != sameName.second && id < 0; ++it) {
+            const Entry& entry = m_entries[static_cast<std::size_t>(it->second)];
+            if (entry.hasSource == (source != nullptr) && (!source || entry.source == source))
+                id = entry.id;
         }
+        if (id < 0) {
+            Entry entry;
+            entry.kind = QorEffectEntry;
+            entry.name = key;
+            entry.hasSource = source != nullptr;
+            entry.source = source ? source : "";
+            id = AddEntry(std::move(entry));
+            if (id >= 0)
+                m_effectIds.emplace(key, id);
+        }
+    } catch (...) {
+        // Out of memory: the effect is streamed as absent rather than half-stored.
+        id = -1;
     }
     streamer.WriteInt(id, 0);
 }
 
-QorIShaderEffect* QorResourceZPKContainer::GetResourceShader(QorStreamer& streamer)
+bool QorResourceZPKContainer::GetResourceShader(QorStreamer& streamer, EffectSource& effect)
 {
     int id = -1;
     if (!streamer.ReadInt(id, 0))
-        return nullptr;
+        return false;
     const Entry* entry = GetEntry(id);
     if (!entry || entry->kind != QorEffectEntry)
-        return nullptr;
-    QorShaderEffectResource* resource = nullptr;
+        return false;
     try {
-        resource = new QorShaderEffectResource(this, entry->name.str(), entry->source, entry->hasSource);
-        m_handedOut.emplace(static_cast<QorIShaderEffect*>(resource), resource);
+        EffectSource read{entry->name.str(), entry->source, entry->hasSource};
+        effect = std::move(read);
+        return true;
     } catch (...) {
-        if (!resource)
-            return nullptr;
-        // Not tracked: the object must not call back into the container later.
-        resource->DetachFromContainer();
+        return false; // out of memory: as if the stream named no effect
     }
-    return resource;
-}
-
-void QorResourceZPKContainer::RemoveResource(void* resource)
-{
-    const auto found = m_handedOut.find(resource);
-    if (found == m_handedOut.end())
-        return;
-    found->second->DetachFromContainer();
-    m_handedOut.erase(found);
 }
 
 QorTexturePixelImage* QorResourceZPKContainer::GetImage(const QorString& name, QorReadOnlyState state)

@@ -14,64 +14,31 @@
 /// under "QorTemp"\ZPKResources (or as generated pixel images).
 #pragma once
 
-#include "QorVisShaderShared/QorShaderTextureBookkeeping.h"
-
 #include "QorSystem/QorString.h"
-#include "QorVisShaders/QorShaderValueType.h"
 
 #include <cstdlib>
 #include <memory>
-#include <new>
 #include <vector>
 
 class QorStreamer;
 
-/// Receives the values ReadValues finds, in stream order.
+/// Receives the values ReadValues finds, in stream order, each with the token its record
+/// carried.
 class QorShaderValueRecordSink
 {
 public:
     virtual ~QorShaderValueRecordSink() = default;
-    virtual void OnFloat(float value) = 0;
+    virtual void OnFloat(int token, float value) = 0;
     /// `type` is 2, 5 or 6; the four components as stored.
-    virtual void OnColor(int type, const float* components) = 0;
+    virtual void OnColor(int token, int type, const float* components) = 0;
     /// The texture's file name: the cached file's path, or the image's name when it is
     /// procedural or nothing can be cached. The registry already holds one reference of
     /// it, which the value made from it takes over. Null for a texture stored without its
     /// image: it keeps its place with no file, which registers nothing.
-    virtual void OnTexture(const char* file) = 0;
+    virtual void OnTexture(int token, const char* file) = 0;
     /// A record whose type code names no kind of value: it keeps its place, empty, so
     /// that the values after it stay beside their names.
     virtual void OnEmpty() = 0;
-};
-
-/// Collects the values ReadValues finds as new values of an implementation's kinds (each
-/// made with a null handle and its content: values read back mirror no parameter, since
-/// the records' tokens named the writer's), and a null for each empty place (an empty
-/// record, or a value that could not be made). `Base` is the kinds' common base.
-template <typename Base, typename Float, typename Color, typename String>
-class QorShaderValueCollector final : public QorShaderValueRecordSink
-{
-public:
-    void OnFloat(float value) override { Add(new (std::nothrow) Float(nullptr, value)); }
-    void OnColor(int type, const float* components) override
-    {
-        Add(new (std::nothrow) Color(nullptr, components, QorColorComponentCount(type)));
-    }
-    void OnTexture(const char* file) override
-    {
-        auto* value = new (std::nothrow) String(nullptr, file);
-        // The registry's reference for `file` is the value's; without a value it goes back.
-        if (!value)
-            QorShaderTextureBookkeeping::HandBack(file);
-        Add(value);
-    }
-    void OnEmpty() override { Add(nullptr); }
-
-    /// The new values, in stream order, owned by the caller; null at empty places.
-    std::vector<Base*> values;
-
-private:
-    void Add(Base* value) { values.push_back(value); }
 };
 
 namespace QorShaderValueRecords {

@@ -3,7 +3,7 @@
 
 #include "QorGL/QorGLContext.h"
 
-#include "QorVisShaders/QorCgHolder.h"
+#include "QorVisShaderCGFX/QorCgHolder.h"
 #include "QorTestSupport.h"
 
 #include <Cg/cg.h>

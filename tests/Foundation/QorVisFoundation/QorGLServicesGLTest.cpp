@@ -1,12 +1,10 @@
 #include "QorVisFoundation/QorGLServices.h"
 
-#include "QorVisShaders/QorCgHolder.h"
 #include "QorGL/QorGLContext.h"
 
 #include <gtest/gtest.h>
 
 // After gtest: Xlib's macros (None, Bool) would break its templates.
-#include <Cg/cg.h>
 #include <GL/gl.h>
 #include <GL/glx.h>
 
@@ -30,7 +28,7 @@ struct ServiceCall
 
 void PrintTo(const ServiceCall& call, std::ostream* out)
 {
-    *out << (call.service == QorGLService::DeleteDLTexture ? "DeleteDLTexture(" : "DeleteShaderEffect(")
+    *out << (call.service == QorGLService::DeleteDLTexture ? "DeleteDLTexture(" : "another service(")
          << call.handle << ")";
 }
 
@@ -101,27 +99,9 @@ TEST(QorGLServicesGLTest, DeleteDLTextureDeletesOnlyInTheCurrentContext)
     glDeleteTextures(1, &kept);
 }
 
-TEST(QorGLServicesGLTest, DeleteShaderEffectDestroysTheEffectAndIgnoresNull)
+TEST(QorGLServicesGLTest, ObserversAreReplacedWhole)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(8, 8)) << gl.GetError();
-    QorCgContextHolder cg{cgCreateContext()};
-    ASSERT_NE(cg.Get(), nullptr);
-    const CGeffect effect = cgCreateEffect(cg.Get(), "float4 Colour = { 1, 0, 0, 1 };", nullptr);
-    ASSERT_NE(effect, nullptr) << cgGetLastListing(cg.Get());
-    ASSERT_TRUE(cgIsEffect(effect));
-
     RecordingObserver observer;
-    DeleteShaderEffect(effect);
-    EXPECT_FALSE(cgIsEffect(effect));
-    DeleteShaderEffect(nullptr);
-    EXPECT_EQ(cgGetError(), CG_NO_ERROR);
-
-    EXPECT_EQ(observer.Calls(), (std::vector<ServiceCall>{
-                                    {QorGLService::DeleteShaderEffect, reinterpret_cast<std::uintptr_t>(effect)},
-                                    {QorGLService::DeleteShaderEffect, 0},
-                                }));
-
     // Installing an observer hands back the one it replaces.
     std::vector<ServiceCall> replacedCalls;
     QorGLServiceObserver replaced = QorSetGLServiceObserver(

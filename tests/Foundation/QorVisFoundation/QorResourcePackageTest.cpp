@@ -2,7 +2,6 @@
 // listed by unzip, loaded in a second process, and hostile archives refused.
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 
-#include "QorShaderEffectResource_p.h"
 #include "QorSystem/QorFiles.h"
 #include "QorTestSupport.h"
 #include "QorVisFoundation/QorStreamer.h"
@@ -36,17 +35,6 @@ using Json = nlohmann::ordered_json;
 // case: it names the package the first one saved.
 const char* const kChildVariable = "QOR_PACKAGE_CHILD";
 
-struct EffectReleaser
-{
-    void operator()(QorIShaderEffect* effect) const { effect->Release(); }
-};
-using EffectPtr = std::unique_ptr<QorIShaderEffect, EffectReleaser>;
-
-// An effect as a shader hands it over: the container only reads its name and source.
-EffectPtr Effect(const char* name, const char* source)
-{
-    return EffectPtr(new QorShaderEffectResource(nullptr, name, source ? source : "", source != nullptr));
-}
 
 // Every byte differs from its neighbours; float formats get values no PNG could hold.
 ImagePtr Image(const std::string& name, QorPixelImageFormat format, unsigned width, unsigned height)
@@ -72,15 +60,15 @@ void FillDocument(QorResourceZPKContainer& container, QorStreamer& stream)
 {
     stream.SetResourceZPKContainer(&container);
     stream.WriteInt(42, 0);
-    container.AddResource(stream, Effect("materials\\plastic.cgfx", kPlastic).get()); // 0
-    container.AddResource(stream, Effect("bare", nullptr).get());                     // 1
+    container.AddResource(stream, "materials\\plastic.cgfx", kPlastic); // 0
+    container.AddResource(stream, "bare", nullptr);                     // 1
     const char* names[] = {"C:\\textures\\wood.png", "../../escape.png", "/abs/folder/la.png", "caf\xe9.png",
                            "clouds.procedural", "sky.procedural"};
     const QorPixelImageFormat formats[] = {QorPixelRGBA8,    QorPixelLuminance8, QorPixelLuminanceAlpha8,
                                            QorPixelRGB8,     QorPixelRGBAFloat,  QorPixelRGBFloat};
     for (int i = 0; i < 6; ++i) // 2 to 7
         container.AddResource(stream, Image(names[i], formats[i], 3 + i, 2).get());
-    container.AddResource(stream, Effect("materials\\plastic.cgfx", "// edited\n").get()); // 8
+    container.AddResource(stream, "materials\\plastic.cgfx", "// edited\n"); // 8
     stream.WriteString("end");
 }
 
@@ -223,7 +211,7 @@ struct Holder
     Holder()
     {
         stream.SetResourceZPKContainer(&container);
-        container.AddResource(stream, Effect("earlier", "// earlier\n").get());
+        container.AddResource(stream, "earlier", "// earlier\n");
         int id = 0;
         stream.ReadInt(id, 0); // a reader part-way through
     }
@@ -315,11 +303,11 @@ TEST(QorResourcePackageTest, LoadingGivesBackEveryEntryPixelAndStreamByte)
     int number = 0;
     stream.ReadInt(number, 0);
     EXPECT_EQ(number, 42);
-    EffectPtr plastic(loaded.GetResourceShader(stream));
-    ASSERT_TRUE(plastic);
-    EXPECT_STREQ(plastic->getBuffer(), kPlastic);
-    EffectPtr bare(loaded.GetResourceShader(stream));
-    EXPECT_EQ(bare->getBuffer(), nullptr) << "an effect without source stays without";
+    QorResourceZPKContainer::EffectSource plastic, bare;
+    ASSERT_TRUE(loaded.GetResourceShader(stream, plastic));
+    EXPECT_EQ(plastic.source, kPlastic);
+    ASSERT_TRUE(loaded.GetResourceShader(stream, bare));
+    EXPECT_FALSE(bare.hasSource) << "an effect without source stays without";
     QorTexturePixelImage* wood = nullptr;
     EXPECT_EQ(loaded.GetResource(stream, wood), 1);
     ImagePtr woodHolder(wood);
@@ -329,10 +317,10 @@ TEST(QorResourcePackageTest, LoadingGivesBackEveryEntryPixelAndStreamByte)
     // indexes follow the new entries.
     QorStreamer again;
     EXPECT_EQ(loaded.LoadFromFile(path.c_str(), again, nullptr), 0);
-    EXPECT_STREQ(plastic->GetName(), "materials\\plastic.cgfx");
+    EXPECT_EQ(plastic.name, "materials\\plastic.cgfx");
     EXPECT_EQ(woodHolder->GetWidth(), 3u);
     QorStreamer more;
-    loaded.AddResource(more, Effect("materials\\plastic.cgfx", kPlastic).get());
+    loaded.AddResource(more, "materials\\plastic.cgfx", kPlastic);
     loaded.AddResource(more, loaded.GetEntry(4)->image.get());
     int ids[2] = {};
     more.ReadInt(ids[0], 0);
@@ -577,7 +565,7 @@ TEST(QorResourcePackageTest, AFailedSaveLeavesNoFileAndKeepsTheOldOne)
     const std::string old = dir.Write("doc.zpk", "the previous document");
     QorResourceZPKContainer container;
     QorStreamer stream;
-    container.AddResource(stream, Effect("fine", "// fine\n").get());
+    container.AddResource(stream, "fine", "// fine\n");
     container.AddResource(stream, Image("textures/", QorPixelRGB8, 1, 1).get());
     std::string error;
     EXPECT_EQ(container.SaveToFile(old.c_str(), stream, &error), -1);

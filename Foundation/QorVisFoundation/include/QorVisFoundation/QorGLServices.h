@@ -1,9 +1,8 @@
 /// @file
-/// The framework's OpenGL services the shader library calls to give back GL and Cg
-/// objects it no longer needs, and a process-wide observer that sees every such call.
+/// The framework's OpenGL services the shader library calls to give back GL objects it no
+/// longer needs, and a process-wide observer that sees every such call (the CgFX module's
+/// DeleteShaderEffect reports through it too).
 #pragma once
-
-#include <Cg/cg.h>
 
 #include <cstdint>
 #include <functional>
@@ -29,6 +28,5 @@ QorGLServiceObserver QorSetGLServiceObserver(QorGLServiceObserver observer);
 /// something inside a context, and without one there is nothing to delete them from.
 void DeleteDLTexture(unsigned int id);
 
-/// Destroys a Cg effect with cgDestroyEffect, which also frees its techniques,
-/// programs and parameters. Null is ignored.
-void DeleteShaderEffect(CGeffect effect);
+/// Tells the observer about a service call made outside this module.
+void QorNotifyGLService(QorGLService service, std::uintptr_t handle);

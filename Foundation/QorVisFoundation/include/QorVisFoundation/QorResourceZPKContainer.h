@@ -17,8 +17,6 @@
 #include <string>
 #include <vector>
 
-class QorIShaderEffect;
-class QorShaderEffectResource;
 class QorStreamer;
 
 enum QorReadOnlyState
@@ -46,23 +44,28 @@ public:
         QorTexturePixelImage::Ptr image; ///< image entries: the container's reference
     };
 
+    /// An effect as a stream carries it: its registry name and its in-memory source.
+    struct EffectSource
+    {
+        std::string name;
+        std::string source;
+        bool hasSource = false; ///< false when the effect had no in-memory source
+    };
+
     QorResourceZPKContainer() = default;
-    /// Releases every image it holds. Effect objects it handed out stay valid: they belong
-    /// to their callers and only lose their link to the container.
-    ~QorResourceZPKContainer();
+    /// Releases every image it holds.
+    ~QorResourceZPKContainer() = default;
     QorResourceZPKContainer(const QorResourceZPKContainer&) = delete;
     QorResourceZPKContainer& operator=(const QorResourceZPKContainer&) = delete;
 
-    /// Stores a copy of the effect's GetName() and getBuffer() texts and writes the entry's
-    /// id with WriteInt(id, 0). An effect with the same name and text as an existing entry
-    /// reuses its id; a null name counts as empty. A null effect writes -1.
-    void AddResource(QorStreamer& streamer, QorIShaderEffect* effect);
-    /// Reads an id and returns a new effect object for it, owned by the caller (count 1,
-    /// Release it). Null for -1, an unknown id, an image id or a failed read.
-    QorIShaderEffect* GetResourceShader(QorStreamer& streamer);
-    /// Forgets an effect object GetResourceShader handed out (no-op for anything else).
-    /// The entry itself stays, so the same id can still be un-streamed.
-    void RemoveResource(void* resource);
+    /// Stores a copy of an effect's name (null counts as empty) and source (null: none)
+    /// and writes the entry's id with WriteInt(id, 0). An effect with the same name and
+    /// source as an existing entry reuses its id.
+    void AddResource(QorStreamer& streamer, const char* name, const char* source);
+    /// Reads an id and gives the effect stored under it; the entry stays, so the same id
+    /// can be un-streamed again. False, with `effect` untouched, for -1, an unknown id, an
+    /// image id or a failed read.
+    bool GetResourceShader(QorStreamer& streamer, EffectSource& effect);
 
     /// The image of that name from the process-wide pixel-image list, else read from the
     /// file of that name. The container keeps a reference: the pointer is borrowed and
@@ -86,8 +89,6 @@ public:
     /// The entry of that id, null for an unknown id. Borrowed until the next entry is added
     /// or a package is loaded into the container.
     const Entry* GetEntry(int id) const;
-    /// Effect objects handed out and neither released nor removed yet.
-    std::size_t GetHandedOutCount() const { return m_handedOut.size(); }
 
     /// The package format version SaveToFile writes; LoadFromFile reads it and older ones.
     static constexpr int kPackageVersion = 1;
@@ -108,8 +109,8 @@ public:
     /// Loads a package written by SaveToFile, from a regular file of at most 2 GiB (a FIFO
     /// or a device is refused without waiting). Every entry, size, checksum and image is
     /// checked before anything is used. On success returns 0: the container's entries are
-    /// the package's (earlier entries and their images are released; effect objects handed
-    /// out and images GetImage gave stay valid), and `stream` holds the package's stream
+    /// the package's (earlier entries and their images are released; images GetImage gave
+    /// stay valid), and `stream` holds the package's stream
     /// bytes, read from the start, with this container set on it. On failure returns -1
     /// with the reason in `*error` (when error is not null), and neither the container nor
     /// `stream` has changed. Nothing is written anywhere but a private temporary folder
@@ -135,6 +136,4 @@ private:
     std::map<const void*, int> m_imageIds;     // image -> its first id
     // What GetImage gave out, one reference each.
     std::map<QorString, QorTexturePixelImage::Ptr> m_namedImages;
-    // Effect objects handed out, keyed by their QorIShaderEffect address; not owned.
-    std::map<const void*, QorShaderEffectResource*> m_handedOut;
 };

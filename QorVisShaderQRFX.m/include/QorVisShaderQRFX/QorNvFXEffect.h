@@ -1,23 +1,23 @@
 /// @file
-/// The GLSL (nvFX) effect: one ".glslfx" source, loaded once into an nvFX container and
-/// shared by every shader object that names it. Effects are made through AddShaderEffect,
-/// which keeps a process-wide registry by name (apart from the CgFX one); they are
-/// reference-counted and destroyed by the last Release. Loading needs no GL context;
-/// drawing needs the current technique's passes set up in one. Use from the rendering
-/// thread.
+/// The GLSL (QRFX) effect: the material model's effect (QorMaterialEffect) over the nvFX
+/// runtime. One ".glslfx" source is loaded once into an nvFX container and shared by
+/// every shader object that names it; effects are made through AddShaderEffect, which
+/// keeps a process-wide registry by name (apart from the CgFX one). The back end's own:
+/// the container, the uniforms bound by semantic and by name, techniques, and pushing
+/// values into uniforms. Loading needs no GL context; drawing needs the current
+/// technique's passes set up in one. Use from the rendering thread.
 #pragma once
 
-#include "QorVisShaders/QorIShaderEffect.h"
 #include "QorVisShaders/QorVisShadersExport.h"
 
+#include "QorVisShaderShared/QorMaterialEffect.h"
+
 #include "QorSystem/QorString.h"
-#include "QorSystem/QorUnicodeString.h"
 
 #include <string>
 #include <vector>
 
 class QorNvFXShaderParameters;
-class QorShaderEffectAndName;
 
 namespace nvFX {
 class IContainer;
@@ -86,58 +86,46 @@ enum QorNvFXNamedUniform
     QorNvFXNamedUniformCount
 };
 
-class QOR_VISSHADERS_API QorNvFXEffect final : public QorIShaderEffect
+class QOR_VISSHADERS_API QorNvFXEffect final : public QorMaterialEffect
 {
 public:
-    unsigned int AddRef() override;
-    unsigned int Release() override;
     /// Returns the effect to its state before any load. The container and parameter set
     /// of a load are kept until the effect goes: the values of shader objects copied from
     /// them still mirror their uniforms.
     void Init() override;
-    const QorString& GetPathName() const override { return m_pathName; }
-    const QorString& GetFileName() const override { return m_fileName; }
     /// Writes 0, or -1 when the effect has no technique 0. When it has one but none is
     /// current, it writes -1 into the integer after `index`: callers pass room for two.
     void getTechnique(int* index) override;
     void setTechnique(int index) override;
     void setTechniqueByName(const char* name) override;
-    void setFileName(const QorString& name) override;
-    /// Loads the effect (see Load) and returns its parameter set (owned by the effect).
-    QorIShaderParameters* Generate() override;
     int Generated() override { return m_container != nullptr; }
     /// Stores the light mask and counts its lights (leading non-zero two-bit groups, at
     /// most 8); always true.
     bool updateLightModel(unsigned int mask) override;
-    void setBuffer(const char* text) override;
-    char* getBuffer() override { return m_buffer; }
-    const char* GetName() override { return m_name; }
-    /// Takes ownership of a heap (malloc/_strdup) copy; the old name is freed.
-    void SetName(char* name) override;
-    /// GLSL effects are not written to streams: nothing is written.
-    void Stream(QorStreamer& streamer) override;
-    void UnStream(QorStreamer& streamer) override;
-    QorIShaderParameters* GetIShaderParameters() override;
     int NeedTanBin() override { return 1; }
     /// 1: a GLSL effect's passes validate when set up (GetCurrentTechnique).
     int ValidateTechnique() override { return 1; }
     void SetMatrixParam(QorMatrixParam, const Qor4x4Matrix&) override {}
     int ValidateShaderEffect() override { return 0; }
     int ForceCompile() override { return 0; }
-    const char* GetProvider() override { return m_provider; }
-    const char* GetUUID() override { return m_uuid; }
     /// GLSL effects have no interfaces.
     int ConnectTypeToInterface(const char*, const char*, QorIShaderParameters*) override { return 0; }
     const char* GetBaseType(const char*) const override { return nullptr; }
     const char* GetDynamicType(const char*) const override { return nullptr; }
     int GetNumInterface(int&) const override { return 0; }
-    QorFxImplementation GetImplementation() const override { return QorFxQRFX; }
     int updateEnvModel(EnvironmentState) override { return 0; }
+    /// Texture values bind their registry texture on the unit their sampler reads.
+    void UploadCurrentParameters(bool onlyIfModified) override;
     ~QorNvFXEffect() override;
 
     /// The effect registered under `name` with one more reference, or a new one (count 1)
     /// registered under it. A null or empty name gives a new, unregistered effect.
     static QorNvFXEffect* AddShaderEffect(const char* name);
+
+    /// Load.
+    QorMaterialParameters* Compile() override;
+    /// True once a load has bound its uniforms: shader objects copy the default set.
+    bool HasDefaults() const override { return m_compiled != 0 && GetParameters(); }
 
     /// Finds the file (when a file name is set), reads it, loads the buffer into a new
     /// nvFX container with the include callback, makes technique 0 current and binds the
@@ -145,18 +133,6 @@ public:
     /// Null when the file is found nowhere, the container cannot be made or the load
     /// fails ("Error>> failed to load the effect\n" on standard output).
     QorNvFXShaderParameters* Load();
-    /// True once a load has bound its uniforms: shader objects copy the default set.
-    bool IsCompiled() const { return m_compiled != 0; }
-    /// The default parameter set of the last load; null before.
-    QorNvFXShaderParameters* GetParameters() const { return m_parameters; }
-
-    /// Makes `parameters` the set UploadCurrentParameters pushes (a shader object's own;
-    /// not owned).
-    void SetIShaderParameters(QorNvFXShaderParameters* parameters) { m_currentParameters = parameters; }
-    /// Pushes the values of the current set into the uniforms they mirror (with
-    /// onlyIfModified, only the changed ones) and clears their changed marks; texture
-    /// values bind their registry texture on texture units from 0, in value order.
-    void UploadCurrentParameters(bool onlyIfModified);
 
     // What binding found, for the renderer's drawing code.
     nvFX::IContainer* GetContainer() const { return m_container; }
@@ -168,54 +144,34 @@ public:
     /// uniforms, one line each, without their newline.
     const std::vector<QorString>& GetLoadWarnings() const { return m_loadWarnings; }
     int GetLightCount() const { return m_lightCount; }
-    const QorUnicodeString& GetSource() const { return m_source; }
     /// Why the uniform `name` of the loaded effect is none of its user parameters: the
     /// renderer feeds it by semantic, its name keeps it from the user, or its type is none
     /// a user edits. Empty when the effect declares no uniform of that name.
     std::string WhyNotUserParameter(const char* name) const;
 
-    QorNvFXEffect(const QorNvFXEffect&) = delete;
-    QorNvFXEffect& operator=(const QorNvFXEffect&) = delete;
-
 private:
     QorNvFXEffect();
 
-    static void RemoveShaderEffect(const QorNvFXEffect* effect);
-
+    void Unregister() override;
     /// The lights of the mask: its leading non-zero two-bit groups, at most 8.
     void countLights();
-    void bindUniforms();
+    void bindUniforms(QorNvFXShaderParameters& parameters);
     void lookUpNamedUniforms();
     /// Prints a load message about the uniform `name` and keeps it (GetLoadWarnings).
     void warn(const char* format, const char* name);
     /// True when the uniform becomes a user parameter; its type code is written to `type`
     /// whenever the test reaches the type.
     bool isUserParameter(nvFX::IUniform* uniform, int* type) const;
-    void addUserParameter(nvFX::IUniform* uniform, int type);
     /// Keeps the container until the effect goes and clears what came from it.
     void retireContainer();
 
-    QorNvFXShaderParameters* m_currentParameters = nullptr; // not owned: a shader object's set
-    QorNvFXShaderParameters* m_parameters = nullptr;        // owned: the default set of the last load
     unsigned int m_lightMask = 0;
-    int m_first = 1;          // kept for the framework; nothing here reads it
-    unsigned char m_flag = 0; // kept for the framework; nothing here reads it
     unsigned char m_compiled = 0;
-    int m_second = 0;  // kept for the framework; nothing here reads it
-    int m_third = -1;  // kept for the framework; nothing here reads it
     nvFX::IContainer* m_container = nullptr;  // owned
     nvFX::ITechnique* m_technique = nullptr;  // borrowed from m_container
     nvFX::IUniform* m_semantic[QorNvFXSemanticCount] = {}; // borrowed from m_container
     nvFX::IUniform* m_named[QorNvFXNamedUniformCount] = {};
     int m_lightCount = 0;
-    QorUnicodeString m_source;
-    QorString m_fileName;
-    QorString m_pathName;
-    char* m_buffer = nullptr; // owned, C heap
-    unsigned int m_refCount = 1;
-    char* m_name = nullptr;     // owned, C heap
-    char* m_uuid = nullptr;     // owned, array
-    char* m_provider = nullptr; // owned, array
     // Containers of earlier loads: the values of shader objects copied from their sets
     // mirror their uniforms, so they go with the effect, not at a reload or Init.
     std::vector<nvFX::IContainer*> m_retiredContainers;

@@ -1,23 +1,25 @@
 /// @file
-/// The CgFX effect: one effect source (a file or an in-memory text), compiled once by
-/// the Cg runtime and shared by every shader object that names it. Effects are made only
-/// through AddShaderEffect, which keeps a process-wide registry by name; they are
-/// reference-counted and destroyed by the last Release. Use from the rendering thread.
+/// The CgFX effect: the material model's effect (QorMaterialEffect) over the Cg runtime.
+/// One effect source (a file or an in-memory text) is compiled once and shared by every
+/// shader object that names it; effects are made only through AddShaderEffect, which
+/// keeps a process-wide registry by name (apart from the QRFX one). The back end's own:
+/// the Cg context and effect, the parameters bound by semantic (matrices, lights,
+/// material, environment), Cg interfaces, techniques, and pushing values with the Cg
+/// setters. Use from the rendering thread.
 #pragma once
 
 #include "QorVisShaders/QorVisShadersExport.h"
 
+#include "QorVisShaderShared/QorMaterialEffect.h"
+
 #include "QorSystem/QorString.h"
-#include "QorVisShaders/QorCgHolder.h"
-#include "QorSystem/QorUnicodeString.h"
-#include "QorVisShaders/QorIShaderEffect.h"
+#include "QorVisShaderCGFX/QorCgHolder.h"
 
 #include <Cg/cg.h>
 
 #include <map>
 #include <vector>
 
-class QorShaderEffectAndName;
 class QorShaderInterface;
 class QorShaderParameters;
 
@@ -75,46 +77,44 @@ enum QorEffectMaterial
     QorEffectMaterialCount
 };
 
-class QOR_VISSHADERS_API QorShaderEffect : public QorIShaderEffect
+class QOR_VISSHADERS_API QorShaderEffect final : public QorMaterialEffect
 {
 public:
-    unsigned int AddRef() override;
-    unsigned int Release() override;
     void Init() override;
-    const QorString& GetPathName() const override { return m_pathName; }
-    const QorString& GetFileName() const override { return m_fileName; }
     void getTechnique(int* index) override;
     void setTechnique(int index) override;
     void setTechniqueByName(const char* name) override;
-    void setFileName(const QorString& name) override;
-    QorIShaderParameters* Generate() override;
+    /// Non-zero when the Cg effect exists (not the bound flag).
     int Generated() override { return m_effect != nullptr; }
     bool updateLightModel(unsigned int code) override;
+    /// Also lifts the confinement of the previous text's includes.
     void setBuffer(const char* text) override;
-    char* getBuffer() override { return m_buffer; }
-    const char* GetName() override { return m_name; }
-    void SetName(char* name) override;
-    void Stream(QorStreamer& streamer) override;
-    void UnStream(QorStreamer& streamer) override;
-    QorIShaderParameters* GetIShaderParameters() override { return m_interfaceParameters; }
     int NeedTanBin() override { return m_needTanBin; }
     int ValidateTechnique() override;
     void SetMatrixParam(QorMatrixParam which, const Qor4x4Matrix& matrix) override;
     int ValidateShaderEffect() override;
     int ForceCompile() override;
-    const char* GetProvider() override { return m_provider; }
-    const char* GetUUID() override { return m_uuid; }
     int ConnectTypeToInterface(const char* name, const char* type, QorIShaderParameters* parameters) override;
     const char* GetBaseType(const char* name) const override;
     const char* GetDynamicType(const char* name) const override;
     int GetNumInterface(int& count) const override;
-    QorFxImplementation GetImplementation() const override { return QorFxCgFX; }
     int updateEnvModel(EnvironmentState state) override;
+    /// Texture values bind the GL texture their registry record names with
+    /// cgGLSetTextureParameter (nothing while its ID is 0).
+    void UploadCurrentParameters(bool onlyIfModified) override;
     ~QorShaderEffect() override;
 
     /// The effect registered under `name` with one more reference, or a new one (count 1)
     /// registered under it. A null or empty name gives a new, unregistered effect.
     static QorShaderEffect* AddShaderEffect(const char* name);
+
+    /// GenerateShader.
+    QorMaterialParameters* Compile() override;
+    /// True once semantic binding has walked every parameter of the current compilation.
+    bool HasDefaults() const override { return m_bound != 0 && GetParameters(); }
+    /// Connects, in a shader object's copy of the default set, each interface to its
+    /// current type, so that the copy holds its own interface records.
+    void ConnectInterfaces(QorMaterialParameters& parameters) override;
 
     /// Finds the source, compiles it and binds semantics. Returns the effect's own
     /// parameter set (owned by the effect, replaced by the next compilation) or null.
@@ -123,24 +123,10 @@ public:
     int getParameterFloatMinMaxStep(CGparameter parameter, float& min, float& max, float& step, char** widget,
                                     char** name);
 
-    /// Pushes the values of the current parameter set (see SetIShaderParameters) into
-    /// the Cg parameters they mirror; texture values bind the GL texture their registry
-    /// record names (nothing while its ID is 0). With onlyIfModified, values not changed
-    /// since the last push are skipped. Each pushed value is marked unmodified.
-    void UploadCurrentParameters(bool onlyIfModified);
-    /// Stores the set drawing uses (a shader object's own set); not owned.
-    void SetIShaderParameters(QorIShaderParameters* parameters);
-    /// The same for a CgFX shader object's own set, known without asking its type: it
-    /// lists its modified values, so that an upload visits only those.
-    void SelectParameters(QorShaderParameters* parameters);
-    /// The default parameter set built by the last binding; null before.
-    QorShaderParameters* GetParameters() const { return m_parameters; }
     /// The Cg parameter behind user parameter `index` (from 1, as in the parameter sets
     /// built from this effect); null when out of range or before binding. Lets tools read
     /// annotations such as "UIWidget" and "UIName".
     CGparameter GetUserParameter(int index) const;
-    /// True once semantic binding has walked every parameter of the current compilation.
-    bool IsBound() const { return m_bound != 0; }
     const std::map<QorString, QorShaderInterface*>& GetInterfaces() const { return m_interfaces; }
     QorShaderInterface* AddInterface(CGparameter parameter, CGcontext context, CGeffect effect, CGtype base);
     QorShaderInterface* AddInterface(CGparameter parameter, CGcontext context, CGeffect effect, CGtype base,
@@ -157,7 +143,6 @@ public:
     unsigned int GetLightModel() const { return m_lightModel; }
     EnvironmentState GetEnvironmentState() const { return m_environmentState; }
     CGparameter GetEnvironmentMember(int member) const { return m_environmentMembers[member]; }
-    const QorUnicodeString& GetSource() const { return m_source; }
     /// Confines the includes of the current text (until the next setBuffer) to the search
     /// paths: for a text that came from a package, which must not read the host's files
     /// through absolute names or "..". Names that cannot be resolved there fail the
@@ -171,33 +156,25 @@ public:
     /// "QorGraphicPath" or "QorStartupPath", or other names not in QorShaderIncludeManager.
     const std::vector<QorString>& GetMissingIncludes() const { return m_missingIncludes; }
 
-    QorShaderEffect(const QorShaderEffect&) = delete;
-    QorShaderEffect& operator=(const QorShaderEffect&) = delete;
-
 private:
     QorShaderEffect();
 
-    static QorShaderEffectAndName* GetShaderEffect(const char* name);
-    static QorShaderEffectAndName* GetShaderEffect(const QorShaderEffect* effect);
-    static void RemoveShaderEffect(const QorShaderEffect* effect);
+    void Unregister() override;
 
     QorShaderParameters* createEffectAndBindSemantics();
     bool resolveInterfacesAndArrays();
     void bindSemantics();
-    void buildParameterSet();
+    void buildParameterSet(QorShaderParameters& parameters);
     bool checkParameterVisibility(CGparameter parameter, int* type);
     /// Stores a light parameter in its slot; true when its type annotation ends the walk.
     bool bindLightParameter(CGparameter parameter, CGparameter QorShaderLight::*member);
-    void bindEnvironment(CGparameter parameter);
+    void bindEnvironment(CGparameter parameter, QorShaderParameters& parameters);
     void refreshEnvironmentMembers();
     void destroyLightInstances();
     void buildLightSlot(int slot, unsigned int kind);
     void writeErrorFile(const char* message, const char* listing);
     int validateFromCurrentTechnique(bool fetchErrorText);
 
-    QorIShaderParameters* m_interfaceParameters = nullptr; // not owned: the current shader's set
-    QorShaderParameters* m_currentOwnSet = nullptr;        // the same when it is a CgFX set, else null
-    QorShaderParameters* m_parameters = nullptr;            // owned: the default set from binding
     unsigned int m_lightModel = 0;
     int m_needTanBin = 0;
     unsigned char m_techniqueValidated = 0;
@@ -216,15 +193,7 @@ private:
     int m_lightCount = 0;
     CGparameter m_lightsArray = nullptr; // created in m_context
     CGparameter m_material[QorEffectMaterialCount] = {};
-    QorUnicodeString m_source;
-    QorString m_fileName;
-    QorString m_pathName;
-    char* m_buffer = nullptr;            // owned, C heap
     std::map<QorString, QorShaderInterface*> m_interfaces; // owns the interfaces
-    unsigned int m_refCount = 1;
-    char* m_name = nullptr;              // owned, C heap
-    char* m_uuid = nullptr;              // owned, array
-    char* m_provider = nullptr;          // owned, array
     // Contexts of earlier compilations. Interfaces made then still point into them, so
     // they are destroyed with the effect rather than at recompilation.
     std::vector<QorCgContextHolder> m_retiredContexts;

@@ -10,7 +10,7 @@
 
 #include "QorSystem/QorUnicodeString.h"
 #include "QorVisFoundation/QorStreamMigration.h"
-#include "QorVisShaders/QorShaderMigrationReport.h"
+#include "QorVisShaderQRFX/QorShaderMigrationReport.h"
 
 #include <cstddef>
 #include <list>
