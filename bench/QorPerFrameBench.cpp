@@ -24,8 +24,8 @@ using QorBench::Shader;
 
 constexpr int kUserParameters = 64;
 constexpr int kValuesPerMaterial = 8;
-constexpr QorEffectMatrix kBoundMatrices[] = {QorEffectWorldViewProjection, QorEffectWorld,
-                                              QorEffectWorldInverseTranspose, QorEffectViewInverse};
+constexpr QorFeed kBoundMatrices[] = {QorFeedWorldViewProjection, QorFeedWorld,
+                                              QorFeedWorldInverseTranspose, QorFeedViewInverse};
 
 // One value a material changes every frame: where the shader object finds it and the
 // Cg parameter the raw road sets.
@@ -84,8 +84,8 @@ public:
             material.world.At(0, 3) = static_cast<float>(m);
             m_materials.push_back(std::move(material));
         }
-        for (QorEffectMatrix which : kBoundMatrices) {
-            m_matrices.push_back(m_effect->GetMatrixParameter(which));
+        for (QorFeed which : kBoundMatrices) {
+            m_matrices.push_back(m_effect->GetFeedParameter(which));
             if (!m_matrices.back())
                 return false;
         }

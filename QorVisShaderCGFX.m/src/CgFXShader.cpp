@@ -107,5 +107,5 @@ int CgFXShader::SetEnvironmentMap(const char* file, int first, int second)
 
 int CgFXShader::UsesAutomaticEnvironmentMap()
 {
-    return m_effect && Effect()->GetMaterialParameter(QorEffectAutomaticEnvironmentMap) ? 1 : 0;
+    return m_effect && Effect()->GetFeed(QorFeedAutomaticEnvironmentMap) ? 1 : 0;
 }

@@ -57,9 +57,9 @@ void QorShaderEffect::Init()
     if (m_context)
         m_retiredContexts.push_back(std::move(m_context));
     m_effect = nullptr;
-    std::fill(std::begin(m_matrices), std::end(m_matrices), nullptr);
     // The seven coefficient handles are cleared by binding itself.
-    std::fill(m_material + QorEffectDiffuse, std::end(m_material), nullptr);
+    ForgetFeeds(QorFeedProjection, QorFeedAmbientCoeff);
+    ForgetFeeds(QorFeedDiffuse, QorFeedCount);
     m_technique = nullptr;
     m_techniqueIndex = 0;
     m_lightsArray = nullptr;
@@ -68,8 +68,6 @@ void QorShaderEffect::Init()
     m_environmentState = QorEnvironmentNone;
     m_environmentInterface = nullptr;
     std::fill(std::begin(m_environmentMembers), std::end(m_environmentMembers), nullptr);
-    m_iblDiffuse = nullptr;
-    m_iblSpecular = nullptr;
     m_techniqueValidated = 0;
     m_bound = 0;
     ResetModel();

@@ -11,17 +11,6 @@
 
 namespace {
 
-// Semantics the renderer feeds itself; such parameters are never user values. Not the
-// binding table: it also hides "WORLDINVERSE", "SPOT" and "INTENSITY", and leaves the
-// material semantics visible although they are bound too.
-const char* const kHiddenSemantics[] = {
-    "WORLD", "WORLDIT", "WORLDINVERSETRANSPOSE", "WORLDINVERSE", "WORLDI", "WORLDVIEW",
-    "WORLDVIEWINVERSETRANSPOSE", "WORLDVIEWIT", "WORLDVIEWINVERSE", "WORLDVIEWI", "WORLDVIEWPROJECTION",
-    "PROJECTION", "VIEW", "VIEWINVERSETRANSPOSE", "VIEWIT", "VIEWI", "VIEWINVERSE", "POSITION", "DIRECTION",
-    "LIGHTPOS", "LIGHTDIR", "LIGHTCOLOR", "LIGHTSPECULARCOLOR", "INTENSITYANDSPOT", "SPOT", "INTENSITY",
-    "GLOBALAMBIENTCOLOR", "AUTOMATICENVIRONMENTMAP", "IBLDIFFUSE", "IBLSPECULAR", "AUTOMATICCOLORATTRIBUTE",
-};
-
 // The first float of the first annotation present among `names`; `value` stays otherwise.
 void ReadFirstFloatAnnotation(CGparameter parameter, std::initializer_list<const char*> names, float& value)
 {
@@ -41,8 +30,7 @@ void ReadFirstFloatAnnotation(CGparameter parameter, std::initializer_list<const
 
 bool QorShaderEffect::checkParameterVisibility(CGparameter parameter, int* type)
 {
-    if (QorHiddenParameters::IsHidden(cgGetParameterSemantic(parameter), cgGetParameterName(parameter),
-                                      kHiddenSemantics))
+    if (QorHiddenParameters::IsHidden(QorFxCgFX, cgGetParameterSemantic(parameter), cgGetParameterName(parameter)))
         return false;
     const CGtype parameterType = cgGetParameterType(parameter);
     *type = parameterType;

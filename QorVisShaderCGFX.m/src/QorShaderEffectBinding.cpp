@@ -14,70 +14,21 @@
 
 namespace {
 
-enum class Target { Matrix, Material, Light, IblDiffuse, IblSpecular };
-
-struct SemanticBinding
+// The member of a light record a light semantic feeds.
+CGparameter QorShaderLight::*LightMember(QorLightFeed feed)
 {
-    const char* semantic;
-    Target target;
-    int index;                          // matrix or material slot
-    CGparameter QorShaderLight::*member; // light member
-};
-
-// Tested in this order; the first equal semantic wins.
-const SemanticBinding kSemanticTable[] = {
-    {"WORLD", Target::Matrix, QorEffectWorld, nullptr},
-    {"WORLDIT", Target::Matrix, QorEffectWorldInverseTranspose, nullptr},
-    {"WORLDINVERSETRANSPOSE", Target::Matrix, QorEffectWorldInverseTranspose, nullptr},
-    {"WORLDI", Target::Matrix, QorEffectWorldInverse, nullptr},
-    {"WORLDVIEW", Target::Matrix, QorEffectWorldView, nullptr},
-    {"WORLDVIEWINVERSETRANSPOSE", Target::Matrix, QorEffectWorldViewInverseTranspose, nullptr},
-    {"WORLDVIEWIT", Target::Matrix, QorEffectWorldViewInverseTranspose, nullptr},
-    {"WORLDVIEWINVERSE", Target::Matrix, QorEffectWorldViewInverse, nullptr},
-    {"WORLDVIEWI", Target::Matrix, QorEffectWorldViewInverse, nullptr},
-    {"WORLDVIEWPROJECTION", Target::Matrix, QorEffectWorldViewProjection, nullptr},
-    {"PROJECTION", Target::Matrix, QorEffectProjection, nullptr},
-    {"VIEW", Target::Matrix, QorEffectView, nullptr},
-    {"VIEWINVERSETRANSPOSE", Target::Matrix, QorEffectViewInverseTranspose, nullptr},
-    {"VIEWIT", Target::Matrix, QorEffectViewInverseTranspose, nullptr},
-    {"VIEWI", Target::Matrix, QorEffectViewInverse, nullptr},
-    {"VIEWINVERSE", Target::Matrix, QorEffectViewInverse, nullptr},
-    {"GLOBALAMBIENTCOLOR", Target::Material, QorEffectGlobalAmbientColor, nullptr},
-    {"AMBIENT", Target::Material, QorEffectAmbient, nullptr},
-    {"AMBIENTCOLOR", Target::Material, QorEffectAmbient, nullptr},
-    {"DIFFUSE", Target::Material, QorEffectDiffuse, nullptr},
-    {"SPECULAR", Target::Material, QorEffectSpecular, nullptr},
-    {"DIFFUSETEXTURE", Target::Material, QorEffectDiffuseTexture, nullptr},
-    {"USEDIFFUSETEXTURE", Target::Material, QorEffectUseDiffuseTexture, nullptr},
-    {"DIFFUSETEXTUREFUNCTION", Target::Material, QorEffectDiffuseTextureFunction, nullptr},
-    {"DIFFUSETEXTUREMAPPINGFUNCTION", Target::Material, QorEffectDiffuseTextureMappingFunction, nullptr},
-    {"AMBIENTCOEFF", Target::Material, QorEffectAmbientCoeff, nullptr},
-    {"DIFFUSECOEFF", Target::Material, QorEffectDiffuseCoeff, nullptr},
-    {"SPECULARCOEFF", Target::Material, QorEffectSpecularCoeff, nullptr},
-    {"EMISSIVECOEFF", Target::Material, QorEffectEmissiveCoeff, nullptr},
-    {"TRANSPARENCYCOEFF", Target::Material, QorEffectTransparencyCoeff, nullptr},
-    {"SHININESSCOEFF", Target::Material, QorEffectShininessCoeff, nullptr},
-    {"POWERCOEFF", Target::Material, QorEffectPowerCoeff, nullptr},
-    {"LIGHTCOLOR", Target::Light, 0, &QorShaderLight::color},
-    {"LIGHTSPECULARCOLOR", Target::Light, 0, &QorShaderLight::specularColor},
-    {"position", Target::Light, 0, &QorShaderLight::position},
-    {"LIGHTPOS", Target::Light, 0, &QorShaderLight::position},
-    {"POSITION", Target::Light, 0, &QorShaderLight::position},
-    {"LIGHTDIR", Target::Light, 0, &QorShaderLight::direction},
-    {"DIRECTION", Target::Light, 0, &QorShaderLight::direction},
-    {"INTENSITYANDSPOT", Target::Light, 0, &QorShaderLight::intensityAndSpot},
-    {"AUTOMATICENVIRONMENTMAP", Target::Material, QorEffectAutomaticEnvironmentMap, nullptr},
-    {"IBLDIFFUSE", Target::IblDiffuse, 0, nullptr},
-    {"IBLSPECULAR", Target::IblSpecular, 0, nullptr},
-    {"AUTOMATICCOLORATTRIBUTE", Target::Material, QorEffectAutomaticColorAttribute, nullptr},
-};
-
-const SemanticBinding* FindBinding(const char* semantic)
-{
-    for (const SemanticBinding& binding : kSemanticTable)
-        if (std::strcmp(binding.semantic, semantic) == 0)
-            return &binding;
-    return nullptr;
+    switch (feed) {
+    case QorLightFeed::Color:
+        return &QorShaderLight::color;
+    case QorLightFeed::SpecularColor:
+        return &QorShaderLight::specularColor;
+    case QorLightFeed::Position:
+        return &QorShaderLight::position;
+    case QorLightFeed::Direction:
+        return &QorShaderLight::direction;
+    default:
+        return &QorShaderLight::intensityAndSpot;
+    }
 }
 
 // The light slot a parameter's name selects: its last character as a digit, 0 for a
@@ -105,31 +56,15 @@ void QorShaderEffect::bindSemantics()
     bool walking = true;
     for (CGparameter parameter = cgGetFirstEffectParameter(m_effect); parameter && walking;
          parameter = cgGetNextParameter(parameter)) {
-        const char* semantic = cgGetParameterSemantic(parameter);
-        if (!semantic || !*semantic)
+        const QorSemantic* bound = QorBoundSemantic(QorFxCgFX, cgGetParameterSemantic(parameter));
+        if (!bound)
             continue;
-        const SemanticBinding* binding = FindBinding(semantic);
-        if (!binding)
-            continue;
-        switch (binding->target) {
-        case Target::Matrix:
-            m_matrices[binding->index] = parameter;
-            break;
-        case Target::Material:
-            m_material[binding->index] = parameter;
-            break;
-        case Target::IblDiffuse:
-            m_iblDiffuse = parameter;
-            break;
-        case Target::IblSpecular:
-            m_iblSpecular = parameter;
-            break;
-        case Target::Light:
+        if (bound->light == QorLightFeed::None)
+            BindFeed(bound->feed, parameter);
+        else
             // The first light parameter with a type annotation ends the walk: later
             // parameters are not bound by semantic.
-            walking = !bindLightParameter(parameter, binding->member);
-            break;
-        }
+            walking = !bindLightParameter(parameter, bound->light);
     }
     const CGparameter needTangents = cgGetNamedEffectParameter(m_effect, "NeedTandB");
     float value = 0;
@@ -138,7 +73,7 @@ void QorShaderEffect::bindSemantics()
     m_needTanBin = QorSaturatingInt(value);
 }
 
-bool QorShaderEffect::bindLightParameter(CGparameter parameter, CGparameter QorShaderLight::*member)
+bool QorShaderEffect::bindLightParameter(CGparameter parameter, QorLightFeed member)
 {
     const int slot = LightSlotOf(parameter);
     if (slot >= static_cast<int>(QorMaxLights))
@@ -146,7 +81,7 @@ bool QorShaderEffect::bindLightParameter(CGparameter parameter, CGparameter QorS
     if (m_lightCount < slot + 1)
         m_lightCount = slot + 1;
     QorShaderLight& light = m_lights[slot];
-    light.*member = parameter;
+    light.*LightMember(member) = parameter;
     CGannotation typeAnnotation = cgGetNamedParameterAnnotation(parameter, "type");
     if (!typeAnnotation)
         typeAnnotation = cgGetNamedParameterAnnotation(parameter, "Type");
@@ -227,8 +162,8 @@ void QorShaderEffect::SetMatrixParam(QorMatrixParam which, const Qor4x4Matrix& m
     const CGparameter shadow =
         which == QorMatrixShadow && m_effect ? cgGetNamedEffectParameter(m_effect, "shadowMatrix") : nullptr;
     // Both cases feed the VIEW inverse transpose parameter, row-major.
-    if (m_matrices[QorEffectViewInverseTranspose])
-        cgSetMatrixParameterfr(m_matrices[QorEffectViewInverseTranspose], matrix.Data());
+    if (const CGparameter viewInverseTranspose = GetFeedParameter(QorFeedViewInverseTranspose))
+        cgSetMatrixParameterfr(viewInverseTranspose, matrix.Data());
     if (shadow)
         cgGLSetMatrixParameterfc(shadow, matrix.Data());
 }

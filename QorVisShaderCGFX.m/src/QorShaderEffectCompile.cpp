@@ -98,7 +98,7 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
         m_lightCount = 0;
         std::fill(std::begin(m_lights), std::end(m_lights), QorShaderLight{});
     }
-    std::fill(m_material, m_material + QorEffectDiffuse, nullptr);
+    ForgetFeeds(QorFeedAmbientCoeff, QorFeedDiffuse);
     auto* parameters = new (std::nothrow) QorShaderParameters();
     ReplaceParameters(parameters);
     if (!parameters)

@@ -53,7 +53,7 @@ void QorNvFXEffect::retireContainer()
         m_retiredContainers.push_back(m_container);
     m_container = nullptr;
     m_technique = nullptr;
-    std::fill(std::begin(m_semantic), std::end(m_semantic), nullptr);
+    ForgetFeeds(QorFeedProjection, QorFeedCount);
     std::fill(std::begin(m_named), std::end(m_named), nullptr);
 }
 

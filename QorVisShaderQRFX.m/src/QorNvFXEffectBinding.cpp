@@ -6,6 +6,7 @@
 #include "QorVisShaderQRFX/QorNvFXShaderParameters.h"
 
 #include "QorVisShaderShared/QorHiddenParameters.h"
+#include "QorVisShaderShared/QorSemanticTable.h"
 
 #include <nvFX/IAnnotation.h>
 #include <nvFX/IContainer.h>
@@ -40,61 +41,6 @@ const char* const kNamedUniforms[QorNvFXNamedUniformCount] = {
     "numLights",
     "clipPlanes_equations",
     "clipPlanes_count",
-};
-
-struct SemanticBinding
-{
-    const char* semantic;
-    QorNvFXSemantic handle;
-};
-
-// Compared in this order; names are exact. "WORLDINVERSE" binds nothing (only "WORLDI"
-// does) and is still reserved below, so such a uniform is neither fed nor offered.
-const SemanticBinding kSemantics[] = {
-    {"EYEPOS", QorNvFXEyePosition},
-    {"WORLD", QorNvFXWorld},
-    {"WORLDIT", QorNvFXWorldInverseTranspose},
-    {"WORLDINVERSETRANSPOSE", QorNvFXWorldInverseTranspose},
-    {"WORLDI", QorNvFXWorldInverse},
-    {"WORLDVIEW", QorNvFXWorldView},
-    {"WORLDVIEWINVERSETRANSPOSE", QorNvFXWorldViewInverseTranspose},
-    {"WORLDVIEWIT", QorNvFXWorldViewInverseTranspose},
-    {"WORLDVIEWINVERSE", QorNvFXWorldViewInverse},
-    {"WORLDVIEWI", QorNvFXWorldViewInverse},
-    {"WORLDVIEWPROJECTION", QorNvFXWorldViewProjection},
-    {"PROJECTION", QorNvFXProjection},
-    {"VIEW", QorNvFXView},
-    {"VIEWINVERSETRANSPOSE", QorNvFXViewInverseTranspose},
-    {"VIEWIT", QorNvFXViewInverseTranspose},
-    {"VIEWI", QorNvFXViewInverse},
-    {"VIEWINVERSE", QorNvFXViewInverse},
-    {"GLOBALAMBIENTCOLOR", QorNvFXGlobalAmbientColor},
-    {"AMBIENT", QorNvFXAmbient},
-    {"AMBIENTCOLOR", QorNvFXAmbient},
-    {"DIFFUSE", QorNvFXDiffuse},
-    {"SPECULAR", QorNvFXSpecular},
-    {"DIFFUSETEXTURE", QorNvFXDiffuseTexture},
-    {"USEDIFFUSETEXTURE", QorNvFXUseDiffuseTexture},
-    {"DIFFUSETEXTUREFUNCTION", QorNvFXDiffuseTextureFunction},
-    {"DIFFUSETEXTUREMAPPINGFUNCTION", QorNvFXDiffuseTextureMappingFunction},
-    {"AMBIENTCOEFF", QorNvFXAmbientCoeff},
-    {"DIFFUSECOEFF", QorNvFXDiffuseCoeff},
-    {"SPECULARCOEFF", QorNvFXSpecularCoeff},
-    {"EMISSIVECOEFF", QorNvFXEmissiveCoeff},
-    {"TRANSPARENCYCOEFF", QorNvFXTransparencyCoeff},
-    {"SHININESSCOEFF", QorNvFXShininessCoeff},
-    {"POWERCOEFF", QorNvFXPowerCoeff},
-    {"AUTOMATICENVIRONMENTMAP", QorNvFXAutomaticEnvironmentMap},
-    {"AUTOMATICCOLORATTRIBUTE", QorNvFXAutomaticColorAttribute},
-};
-
-// Semantics the renderer feeds itself: such uniforms are never user parameters.
-const char* const kReservedSemantics[] = {
-    "WORLD", "EYEPOS", "WORLDIT", "WORLDINVERSETRANSPOSE", "WORLDINVERSE", "WORLDI", "WORLDVIEW",
-    "WORLDVIEWINVERSETRANSPOSE", "WORLDVIEWIT", "WORLDVIEWINVERSE", "WORLDVIEWI", "WORLDVIEWPROJECTION",
-    "PROJECTION", "VIEW", "VIEWINVERSETRANSPOSE", "VIEWIT", "VIEWI", "VIEWINVERSE", "POSITION", "DIRECTION",
-    "LIGHTPOS", "LIGHTDIR", "LIGHTCOLOR", "LIGHTSPECULARCOLOR", "INTENSITYANDSPOT", "SPOT", "INTENSITY",
-    "GLOBALAMBIENTCOLOR", "AUTOMATICENVIRONMENTMAP", "AUTOMATICCOLORATTRIBUTE",
 };
 
 // Adds the user parameter `uniform` of nvFX type `type` with its current value.
@@ -159,15 +105,10 @@ void QorNvFXEffect::bindUniforms(QorNvFXShaderParameters& parameters)
         nvFX::IUniform* uniform = m_container->findUniform(index);
         if (!uniform)
             break;
-        const char* semantic = uniform->getSemantic();
-        const SemanticBinding* bound = nullptr;
-        for (const SemanticBinding& binding : kSemantics)
-            if (semantic && std::strcmp(binding.semantic, semantic) == 0) {
-                bound = &binding;
-                break;
-            }
-        if (bound) {
-            m_semantic[bound->handle] = uniform;
+        // The first row of the table stores the uniform; a later uniform of the same
+        // semantic replaces the earlier one. A bound uniform is not a user parameter.
+        if (const QorSemantic* bound = QorBoundSemantic(QorFxQRFX, uniform->getSemantic())) {
+            BindFeed(bound->feed, uniform);
             continue;
         }
         int type = 0;
@@ -180,7 +121,7 @@ bool QorNvFXEffect::isUserParameter(nvFX::IUniform* uniform, int* type) const
 {
     if (!uniform)
         return false;
-    if (QorHiddenParameters::IsHidden(uniform->getSemantic(), uniform->getName(), kReservedSemantics))
+    if (QorHiddenParameters::IsHidden(QorFxQRFX, uniform->getSemantic(), uniform->getName()))
         return false;
     *type = uniform->getType();
     return (*type >= nvFX::IUniform::TFloat && *type <= nvFX::IUniform::TVec4) ||
@@ -215,15 +156,8 @@ std::string QorNvFXEffect::WhyNotUserParameter(const char* name) const
     if (!uniform)
         return "";
     const char* semantic = uniform->getSemantic();
-    if (semantic && *semantic) {
-        bool fed = false;
-        for (const SemanticBinding& binding : kSemantics)
-            fed = fed || std::strcmp(binding.semantic, semantic) == 0;
-        for (const char* reserved : kReservedSemantics)
-            fed = fed || std::strcmp(reserved, semantic) == 0;
-        if (fed)
-            return "the GLSL effect feeds it from the renderer (semantic \"" + std::string(semantic) + "\")";
-    }
+    if (QorBoundSemantic(QorFxQRFX, semantic) || QorHidesSemantic(QorFxQRFX, semantic))
+        return "the GLSL effect feeds it from the renderer (semantic \"" + std::string(semantic) + "\")";
     if (QorHiddenParameters::IsHiddenName(name))
         return "the GLSL effect keeps a uniform of this name from the user's values";
     const nvFX::IUniformEx* extended = uniform->getExInterface();

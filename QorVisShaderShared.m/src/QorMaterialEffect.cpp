@@ -79,6 +79,12 @@ void QorMaterialEffect::UnStream(QorStreamer& streamer)
 
 void QorMaterialEffect::ConnectInterfaces(QorMaterialParameters&) {}
 
+void QorMaterialEffect::ForgetFeeds(QorFeed first, QorFeed last)
+{
+    for (int feed = first; feed < last; ++feed)
+        m_feeds[feed] = nullptr;
+}
+
 void QorMaterialEffect::ReplaceParameters(QorMaterialParameters* parameters)
 {
     delete m_parameters;

@@ -74,10 +74,10 @@ technique t { pass p {} }
 )");
     ASSERT_NE(typed.parameters, nullptr);
     QorShaderEffect& effect = *typed.effect;
-    EXPECT_EQ(effect.GetMatrixParameter(QorEffectWorld), typed.Named("before"));
+    EXPECT_EQ(effect.GetFeedParameter(QorFeedWorld), typed.Named("before"));
     EXPECT_EQ(effect.GetLight(1).lightType, unsigned(QorLightSpot));
-    EXPECT_EQ(effect.GetMatrixParameter(QorEffectView), nullptr) << "bound after the typed light: never";
-    EXPECT_EQ(effect.GetMaterialParameter(QorEffectDiffuse), nullptr);
+    EXPECT_EQ(effect.GetFeedParameter(QorFeedView), nullptr) << "bound after the typed light: never";
+    EXPECT_EQ(effect.GetFeedParameter(QorFeedDiffuse), nullptr);
     EXPECT_EQ(effect.NeedTanBin(), 2);
     EXPECT_EQ(UserParameterNames(typed.parameters), std::vector<std::string>{"diffuse"})
         << "the parameter set is still built from every parameter";
@@ -107,7 +107,7 @@ technique t { pass p {} }
     EXPECT_EQ(UserParameterNames(&set), (std::vector<std::string>{"ambient", "uv", "wide", "narrow", "enabled",
                                                                    "count", "wood", "bare", "label", "ranged"}));
     QorShaderEffect& effect = *mixed.effect;
-    EXPECT_EQ(effect.GetMaterialParameter(QorEffectAmbient), mixed.Named("ambient")) << "bound and visible";
+    EXPECT_EQ(effect.GetFeedParameter(QorFeedAmbient), mixed.Named("ambient")) << "bound and visible";
     float values[4] = {};
     set.GetColorValue(set.GetParameterIndex("ambient"), values, 0);
     EXPECT_FLOAT_EQ(values[3], 0.4f);

@@ -42,9 +42,9 @@ std::array<int, 4> PixelAt(const std::vector<unsigned char>& pixels, int x, int 
     return {p[0], p[1], p[2], p[3]};
 }
 
-void SetMatrix(QorShaderEffect& effect, QorEffectMatrix which, const Qor4x4Matrix& matrix)
+void SetMatrix(QorShaderEffect& effect, QorFeed which, const Qor4x4Matrix& matrix)
 {
-    if (const CGparameter parameter = effect.GetMatrixParameter(which))
+    if (const CGparameter parameter = effect.GetFeedParameter(which))
         cgSetMatrixParameterfr(parameter, matrix.Data());
 }
 
@@ -104,9 +104,9 @@ void FeedTheScene(QorIShader& shader, QorShaderEffect& effect, const WhiteTextur
     Qor4x4Matrix identity;
     Qor4x4Matrix viewInverse;
     viewInverse.At(2, 3) = 2;
-    for (int which = 0; which < QorEffectMatrixCount; ++which)
-        SetMatrix(effect, static_cast<QorEffectMatrix>(which),
-                  which == QorEffectViewInverse ? viewInverse : identity);
+    for (int which = QorFeedProjection; which <= QorFeedViewInverse; ++which)
+        SetMatrix(effect, static_cast<QorFeed>(which),
+                  which == QorFeedViewInverse ? viewInverse : identity);
     const QorShaderLight& light = effect.GetLight(0);
     if (light.position)
         cgSetParameter3f(light.position, 0, 0, 2);
@@ -212,9 +212,9 @@ TEST_F(QorShaderEffectGLTest, LitPlasticShowsItsDiffuseColourWhereTheLightHits)
     Qor4x4Matrix identity;
     Qor4x4Matrix viewInverse;
     viewInverse.At(2, 3) = 2; // the eye sits at z = 2
-    for (QorEffectMatrix which : {QorEffectWorldViewProjection, QorEffectWorld, QorEffectWorldInverseTranspose})
+    for (QorFeed which : {QorFeedWorldViewProjection, QorFeedWorld, QorFeedWorldInverseTranspose})
         SetMatrix(effect, which, identity);
-    SetMatrix(effect, QorEffectViewInverse, viewInverse);
+    SetMatrix(effect, QorFeedViewInverse, viewInverse);
 
     const int diffuse = shader->GetParameterIndex("Diffuse");
     const int specular = shader->GetParameterIndex("Specular");

@@ -74,14 +74,14 @@ TEST_F(QorShaderEffectSamplesTest, Plastic)
                                        {"Specular", 2, 0, 1, 0.1f},
                                        {"Glossiness", 1, 1, 128, 1}});
     QorShaderEffect& effect = *plastic.effect;
-    EXPECT_NE(effect.GetMatrixParameter(QorEffectWorldViewProjection), nullptr);
-    EXPECT_NE(effect.GetMatrixParameter(QorEffectWorld), nullptr);
-    EXPECT_NE(effect.GetMatrixParameter(QorEffectWorldInverseTranspose), nullptr);
-    EXPECT_NE(effect.GetMatrixParameter(QorEffectViewInverse), nullptr);
-    EXPECT_EQ(effect.GetMatrixParameter(QorEffectView), nullptr);
-    EXPECT_STREQ(cgGetParameterName(effect.GetMaterialParameter(QorEffectDiffuse)), "Diffuse");
-    EXPECT_STREQ(cgGetParameterName(effect.GetMaterialParameter(QorEffectSpecular)), "Specular");
-    EXPECT_EQ(effect.GetMaterialParameter(QorEffectAmbient), nullptr);
+    EXPECT_NE(effect.GetFeedParameter(QorFeedWorldViewProjection), nullptr);
+    EXPECT_NE(effect.GetFeedParameter(QorFeedWorld), nullptr);
+    EXPECT_NE(effect.GetFeedParameter(QorFeedWorldInverseTranspose), nullptr);
+    EXPECT_NE(effect.GetFeedParameter(QorFeedViewInverse), nullptr);
+    EXPECT_EQ(effect.GetFeedParameter(QorFeedView), nullptr);
+    EXPECT_STREQ(cgGetParameterName(effect.GetFeedParameter(QorFeedDiffuse)), "Diffuse");
+    EXPECT_STREQ(cgGetParameterName(effect.GetFeedParameter(QorFeedSpecular)), "Specular");
+    EXPECT_EQ(effect.GetFeedParameter(QorFeedAmbient), nullptr);
     EXPECT_EQ(effect.GetEnvironmentState(), QorEnvironmentColor);
     EXPECT_NE(effect.GetEnvironmentMember(0), nullptr) << "EnvAmbient of SEnvColor";
     EXPECT_STREQ(effect.GetBaseType("environment"), "Environment");

@@ -60,12 +60,12 @@ TEST(QorNvFXEffectTest, SemanticsBindHandlesAndTheRestBecomesUserValues)
     ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
     QorNvFXEffect& effect = *loaded.effect;
     EXPECT_TRUE(effect.HasDefaults());
-    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXWorldViewProjection)), "WorldViewProj");
-    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXWorldInverse)), "WorldI")
+    EXPECT_STREQ(loaded.UniformName(effect.GetFeedUniform(QorFeedWorldViewProjection)), "WorldViewProj");
+    EXPECT_STREQ(loaded.UniformName(effect.GetFeedUniform(QorFeedWorldInverse)), "WorldI")
         << "WORLDINVERSE binds nothing; only WORLDI does";
-    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXEyePosition)), "Eye");
-    EXPECT_STREQ(loaded.UniformName(effect.GetSemanticUniform(QorNvFXDiffuse)), "Tint");
-    EXPECT_EQ(effect.GetSemanticUniform(QorNvFXWorld), nullptr);
+    EXPECT_STREQ(loaded.UniformName(effect.GetFeedUniform(QorFeedEyePosition)), "Eye");
+    EXPECT_STREQ(loaded.UniformName(effect.GetFeedUniform(QorFeedDiffuse)), "Tint");
+    EXPECT_EQ(effect.GetFeedUniform(QorFeedWorld), nullptr);
     EXPECT_STREQ(loaded.UniformName(effect.GetNamedUniform(QorNvFXLightPosition)), "lightData_LightPos");
     EXPECT_STREQ(loaded.UniformName(effect.GetNamedUniform(QorNvFXLightCount)), "numLights");
     EXPECT_EQ(effect.GetNamedUniform(QorNvFXClipPlaneEquations), nullptr);

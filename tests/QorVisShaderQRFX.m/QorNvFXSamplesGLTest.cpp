@@ -102,11 +102,11 @@ protected:
                      const PlainTexture* cube)
     {
         float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-        for (QorNvFXSemantic which : {QorNvFXWorldViewProjection, QorNvFXWorld, QorNvFXWorldInverseTranspose})
-            if (nvFX::IUniform* matrix = effect.GetSemanticUniform(which))
+        for (QorFeed which : {QorFeedWorldViewProjection, QorFeedWorld, QorFeedWorldInverseTranspose})
+            if (nvFX::IUniform* matrix = effect.GetFeedUniform(which))
                 matrix->setMatrix4f(identity);
         float viewInverse[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 2, 1}; // columns: translation last
-        if (nvFX::IUniform* matrix = effect.GetSemanticUniform(QorNvFXViewInverse))
+        if (nvFX::IUniform* matrix = effect.GetFeedUniform(QorFeedViewInverse))
             matrix->setMatrix4f(viewInverse);
         std::vector<float> position, direction, color, constant, inner, outer, exponent;
         for (const Light& light : lights) {
@@ -131,8 +131,8 @@ protected:
         }
         const int count = static_cast<int>(lights.size());
         EXPECT_TRUE(effect.GetNamedUniform(QorNvFXLightCount)->setValueiv(&count, 1));
-        EXPECT_TRUE(effect.GetSemanticUniform(QorNvFXGlobalAmbientColor)->setValue4f(ambient[0], ambient[1], ambient[2], 1));
-        nvFX::IUniform* environment = effect.GetSemanticUniform(QorNvFXAutomaticEnvironmentMap);
+        EXPECT_TRUE(effect.GetFeedUniform(QorFeedGlobalAmbientColor)->setValue4f(ambient[0], ambient[1], ambient[2], 1));
+        nvFX::IUniform* environment = effect.GetFeedUniform(QorFeedAutomaticEnvironmentMap);
         environment->setSamplerResource(cube ? cube->Id() : 0, environment->getExInterface()->getSamplerUnit());
         const int tracking = cube ? 1 : 0;
         EXPECT_TRUE(effect.GetContainer()->findUniform("AutomaticEnvironmentMapTracking")->setValueiv(&tracking, 1));
@@ -199,8 +199,8 @@ TEST_F(QorNvFXSamplesGLTest, EverySampleLoadsBindsTheIncludeValidatesAndDrawsALi
                                   which == QorNvFXLightCount;
             EXPECT_EQ(effect.GetNamedUniform(static_cast<QorNvFXNamedUniform>(which)) != nullptr, declared) << which;
         }
-        EXPECT_NE(effect.GetSemanticUniform(QorNvFXWorldViewProjection), nullptr);
-        EXPECT_EQ(effect.GetSemanticUniform(QorNvFXDiffuse), nullptr) << "user colours carry no bound semantic";
+        EXPECT_NE(effect.GetFeedUniform(QorFeedWorldViewProjection), nullptr);
+        EXPECT_EQ(effect.GetFeedUniform(QorFeedDiffuse), nullptr) << "user colours carry no bound semantic";
         ASSERT_EQ(effect.GetContainer()->findTechnique(1), nullptr) << "one technique";
         ASSERT_TRUE(effect.GetCurrentTechnique()->validate());
 

@@ -48,8 +48,6 @@ public:
     virtual void PrepareContext() = 0;
     /// Selects the environment; an empty string, or why it cannot be had.
     virtual std::string SetEnvironment(const QorfxView& view, unsigned int skyTexture) = 0;
-    /// Pushes the shader's current values into the effect.
-    virtual void PushValues() = 0;
     /// Validates the current technique, moving on to the first that validates; false
     /// when none runs on this GL driver.
     virtual bool Validate() = 0;

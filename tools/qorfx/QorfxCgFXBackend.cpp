@@ -84,10 +84,8 @@ void QorfxCgFXBackend::DescribeParameter(int index, json& entry)
 void QorfxCgFXBackend::DescribeEffect(json& description)
 {
     json semantics = json::array();
-    for (int which = 0; which < QorEffectMatrixCount; ++which)
-        AddBound(semantics, m_effect.GetMatrixParameter(static_cast<QorEffectMatrix>(which)));
-    for (int which = 0; which < QorEffectMaterialCount; ++which)
-        AddBound(semantics, m_effect.GetMaterialParameter(static_cast<QorEffectMaterial>(which)));
+    for (int which = 0; which < QorFeedCount; ++which)
+        AddBound(semantics, m_effect.GetFeedParameter(static_cast<QorFeed>(which)));
 
     json interfaces = json::array();
     for (const auto& entry : m_effect.GetInterfaces()) {
@@ -141,11 +139,6 @@ std::string QorfxCgFXBackend::SetEnvironment(const QorfxView& view, unsigned int
     return "";
 }
 
-void QorfxCgFXBackend::PushValues()
-{
-    m_effect.UploadCurrentParameters(false);
-}
-
 bool QorfxCgFXBackend::Validate()
 {
     m_effect.ForceCompile();
@@ -154,22 +147,22 @@ bool QorfxCgFXBackend::Validate()
 
 void QorfxCgFXBackend::SetMatrices(const QorfxView& view)
 {
-    static const std::pair<QorEffectMatrix, QorfxMatrix> kFed[] = {
-        {QorEffectWorld, QorfxWorld},
-        {QorEffectWorldInverse, QorfxWorldInverse},
-        {QorEffectWorldInverseTranspose, QorfxWorldInverseTranspose},
-        {QorEffectView, QorfxViewMatrix},
-        {QorEffectViewInverse, QorfxViewInverse},
-        {QorEffectViewInverseTranspose, QorfxViewInverseTranspose},
-        {QorEffectProjection, QorfxProjection},
-        {QorEffectWorldView, QorfxWorldView},
-        {QorEffectWorldViewInverse, QorfxWorldViewInverse},
-        {QorEffectWorldViewInverseTranspose, QorfxWorldViewInverseTranspose},
-        {QorEffectWorldViewProjection, QorfxWorldViewProjection},
+    static const std::pair<QorFeed, QorfxMatrix> kFed[] = {
+        {QorFeedWorld, QorfxWorld},
+        {QorFeedWorldInverse, QorfxWorldInverse},
+        {QorFeedWorldInverseTranspose, QorfxWorldInverseTranspose},
+        {QorFeedView, QorfxViewMatrix},
+        {QorFeedViewInverse, QorfxViewInverse},
+        {QorFeedViewInverseTranspose, QorfxViewInverseTranspose},
+        {QorFeedProjection, QorfxProjection},
+        {QorFeedWorldView, QorfxWorldView},
+        {QorFeedWorldViewInverse, QorfxWorldViewInverse},
+        {QorFeedWorldViewInverseTranspose, QorfxWorldViewInverseTranspose},
+        {QorFeedWorldViewProjection, QorfxWorldViewProjection},
     };
     const auto matrices = QorfxMatrices(view);
     for (const auto& [which, matrix] : kFed)
-        if (const CGparameter parameter = m_effect.GetMatrixParameter(which))
+        if (const CGparameter parameter = m_effect.GetFeedParameter(which))
             cgSetMatrixParameterfr(parameter, matrices[matrix].Data());
 }
 
@@ -194,7 +187,7 @@ void QorfxCgFXBackend::Draw(const QorfxView& view, const std::vector<QorfxVertex
 {
     SetLights();
     SetMatrices(view);
-    PushValues();
+    m_effect.UploadCurrentParameters(false);
     for (int index = 1; index < m_shader.GetNbParameters(); ++index)
         if (m_shader.GetParameterType(index) == QorValueTexture)
             cgSetSamplerState(m_effect.GetUserParameter(index));

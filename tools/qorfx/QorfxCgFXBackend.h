@@ -20,7 +20,6 @@ public:
     std::vector<QorfxMissingInclude> MissingIncludes() override;
     void PrepareContext() override;
     std::string SetEnvironment(const QorfxView& view, unsigned int skyTexture) override;
-    void PushValues() override;
     bool Validate() override;
     void Draw(const QorfxView& view, const std::vector<QorfxVertex>& mesh) override;
 

@@ -43,18 +43,18 @@ private:
 };
 
 // The renderer feeds these by semantic, from the matrices of the view.
-const std::pair<QorNvFXSemantic, QorfxMatrix> kFedMatrices[] = {
-    {QorNvFXWorld, QorfxWorld},
-    {QorNvFXWorldInverse, QorfxWorldInverse},
-    {QorNvFXWorldInverseTranspose, QorfxWorldInverseTranspose},
-    {QorNvFXView, QorfxViewMatrix},
-    {QorNvFXViewInverse, QorfxViewInverse},
-    {QorNvFXViewInverseTranspose, QorfxViewInverseTranspose},
-    {QorNvFXProjection, QorfxProjection},
-    {QorNvFXWorldView, QorfxWorldView},
-    {QorNvFXWorldViewInverse, QorfxWorldViewInverse},
-    {QorNvFXWorldViewInverseTranspose, QorfxWorldViewInverseTranspose},
-    {QorNvFXWorldViewProjection, QorfxWorldViewProjection},
+const std::pair<QorFeed, QorfxMatrix> kFedMatrices[] = {
+    {QorFeedWorld, QorfxWorld},
+    {QorFeedWorldInverse, QorfxWorldInverse},
+    {QorFeedWorldInverseTranspose, QorfxWorldInverseTranspose},
+    {QorFeedView, QorfxViewMatrix},
+    {QorFeedViewInverse, QorfxViewInverse},
+    {QorFeedViewInverseTranspose, QorfxViewInverseTranspose},
+    {QorFeedProjection, QorfxProjection},
+    {QorFeedWorldView, QorfxWorldView},
+    {QorFeedWorldViewInverse, QorfxWorldViewInverse},
+    {QorFeedWorldViewInverseTranspose, QorfxWorldViewInverseTranspose},
+    {QorFeedWorldViewProjection, QorfxWorldViewProjection},
 };
 
 // The environment's uniforms: the colour and cube map by semantic, the switch between
@@ -77,8 +77,8 @@ struct Environment
 Environment EnvironmentOf(const QorNvFXEffect& effect)
 {
     nvFX::IContainer* container = effect.GetContainer();
-    return {effect.GetSemanticUniform(QorNvFXGlobalAmbientColor),
-            effect.GetSemanticUniform(QorNvFXAutomaticEnvironmentMap),
+    return {effect.GetFeedUniform(QorFeedGlobalAmbientColor),
+            effect.GetFeedUniform(QorFeedAutomaticEnvironmentMap),
             container ? container->findUniform("AutomaticEnvironmentMapTracking") : nullptr};
 }
 
@@ -185,8 +185,8 @@ void QorfxGLSLBackend::DescribeParameter(int index, json& entry)
 void QorfxGLSLBackend::DescribeEffect(json& description)
 {
     json semantics = json::array();
-    for (int which = 0; which < QorNvFXSemanticCount; ++which)
-        if (nvFX::IUniform* uniform = m_effect.GetSemanticUniform(static_cast<QorNvFXSemantic>(which)))
+    for (int which = 0; which < QorFeedCount; ++which)
+        if (nvFX::IUniform* uniform = m_effect.GetFeedUniform(static_cast<QorFeed>(which)))
             semantics.push_back({{"parameter", uniform->getName()}, {"semantic", uniform->getSemantic()}});
     json named = json::array();
     for (int which = 0; which < QorNvFXNamedUniformCount; ++which)
@@ -253,12 +253,6 @@ std::string QorfxGLSLBackend::SetEnvironment(const QorfxView& view, unsigned int
     return "";
 }
 
-void QorfxGLSLBackend::PushValues()
-{
-    MessageCapture capture(m_messages);
-    m_effect.UploadCurrentParameters(false);
-}
-
 bool QorfxGLSLBackend::Validate()
 {
     MessageCapture capture(m_messages);
@@ -280,9 +274,9 @@ void QorfxGLSLBackend::SetMatrices(const QorfxView& view)
 {
     const auto matrices = QorfxMatrices(view);
     for (const auto& [which, matrix] : kFedMatrices)
-        if (nvFX::IUniform* uniform = m_effect.GetSemanticUniform(which))
+        if (nvFX::IUniform* uniform = m_effect.GetFeedUniform(which))
             uniform->setMatrix4f(matrices[matrix].Transposed().Data()); // nvFX takes columns first
-    if (nvFX::IUniform* eye = m_effect.GetSemanticUniform(QorNvFXEyePosition)) {
+    if (nvFX::IUniform* eye = m_effect.GetFeedUniform(QorFeedEyePosition)) {
         const Qor4x4Matrix& viewInverse = matrices[QorfxViewInverse];
         SetElements(eye, {{viewInverse.At(0, 3), viewInverse.At(1, 3), viewInverse.At(2, 3), 1.0f}});
     }

@@ -35,7 +35,6 @@ public:
     /// (AUTOMATICENVIRONMENTMAP) and the switch between them
     /// ("AutomaticEnvironmentMapTracking").
     std::string SetEnvironment(const QorfxView& view, unsigned int skyTexture) override;
-    void PushValues() override;
     bool Validate() override;
     void Draw(const QorfxView& view, const std::vector<QorfxVertex>& mesh) override;
 

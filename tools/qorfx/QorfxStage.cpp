@@ -2,6 +2,7 @@
 
 #include "QorfxMaterial.h"
 
+#include "QorVisShaders/QorIShaderEffect.h"
 #include "QorVisShaders/QorShaderTypes.h"
 
 #include <cstdlib>
@@ -102,6 +103,8 @@ std::string QorfxStage(QorfxMaterial& material, const QorfxRenderOptions& option
     backend.PrepareContext();
     // Values can choose what a technique compiles (an int selecting a program): they
     // reach the effect before anything is validated.
-    backend.PushValues();
+    // The effect takes the shader's values through the neutral interface, as a renderer's
+    // upload does.
+    shader.GetIShaderEffect()->UploadCurrentParameters(false);
     return "";
 }

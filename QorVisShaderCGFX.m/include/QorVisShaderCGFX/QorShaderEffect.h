@@ -37,46 +37,6 @@ struct QorShaderLight
     CGparameter instance;     ///< created in the effect's context; owned by the effect
 };
 
-/// Matrices the renderer feeds, by the semantic that bound them.
-enum QorEffectMatrix
-{
-    QorEffectProjection,
-    QorEffectView,
-    QorEffectWorld,
-    QorEffectWorldInverseTranspose,
-    QorEffectWorldInverse,
-    QorEffectWorldViewProjection,
-    QorEffectWorldView,
-    QorEffectWorldViewInverseTranspose,
-    QorEffectWorldViewInverse,
-    QorEffectViewInverseTranspose,
-    QorEffectViewInverse,
-    QorEffectMatrixCount
-};
-
-/// Material and environment parameters the renderer feeds, by semantic.
-enum QorEffectMaterial
-{
-    QorEffectAmbientCoeff,
-    QorEffectDiffuseCoeff,
-    QorEffectSpecularCoeff,
-    QorEffectEmissiveCoeff,
-    QorEffectTransparencyCoeff,
-    QorEffectShininessCoeff,
-    QorEffectPowerCoeff,
-    QorEffectDiffuse,
-    QorEffectSpecular,
-    QorEffectGlobalAmbientColor,
-    QorEffectAmbient,
-    QorEffectUseDiffuseTexture,
-    QorEffectDiffuseTexture,
-    QorEffectDiffuseTextureFunction,
-    QorEffectDiffuseTextureMappingFunction,
-    QorEffectAutomaticEnvironmentMap,
-    QorEffectAutomaticColorAttribute,
-    QorEffectMaterialCount
-};
-
 class QOR_VISSHADERS_API QorShaderEffect final : public QorMaterialEffect
 {
 public:
@@ -136,8 +96,8 @@ public:
     CGeffect GetCgEffect() const { return m_effect; }
     CGcontext GetCgContext() const { return m_context.Get(); }
     CGtechnique GetCurrentTechnique() const { return m_technique; }
-    CGparameter GetMatrixParameter(QorEffectMatrix which) const { return m_matrices[which]; }
-    CGparameter GetMaterialParameter(QorEffectMaterial which) const { return m_material[which]; }
+    /// The Cg parameter bound to `feed` (see QorSemanticTable); null when none is.
+    CGparameter GetFeedParameter(QorFeed feed) const { return static_cast<CGparameter>(GetFeed(feed)); }
     const QorShaderLight& GetLight(int slot) const { return m_lights[slot]; }
     int GetLightCount() const { return m_lightCount; }
     unsigned int GetLightModel() const { return m_lightModel; }
@@ -167,7 +127,7 @@ private:
     void buildParameterSet(QorShaderParameters& parameters);
     bool checkParameterVisibility(CGparameter parameter, int* type);
     /// Stores a light parameter in its slot; true when its type annotation ends the walk.
-    bool bindLightParameter(CGparameter parameter, CGparameter QorShaderLight::*member);
+    bool bindLightParameter(CGparameter parameter, QorLightFeed member);
     void bindEnvironment(CGparameter parameter, QorShaderParameters& parameters);
     void refreshEnvironmentMembers();
     void destroyLightInstances();
@@ -183,16 +143,12 @@ private:
     int m_techniqueIndex = 0;
     QorCgContextHolder m_context{nullptr}; // see m_retiredContexts
     CGeffect m_effect = nullptr;        // owned
-    CGparameter m_matrices[QorEffectMatrixCount] = {};
     QorShaderInterface* m_environmentInterface = nullptr; // borrowed from m_interfaces
     CGparameter m_environmentMembers[3] = {};             // EnvAmbient, EnvDiffuse, EnvSpecular
-    CGparameter m_iblDiffuse = nullptr;
-    CGparameter m_iblSpecular = nullptr;
     EnvironmentState m_environmentState = QorEnvironmentNone;
     QorShaderLight m_lights[QorMaxLights] = {};
     int m_lightCount = 0;
     CGparameter m_lightsArray = nullptr; // created in m_context
-    CGparameter m_material[QorEffectMaterialCount] = {};
     std::map<QorString, QorShaderInterface*> m_interfaces; // owns the interfaces
     // Contexts of earlier compilations. Interfaces made then still point into them, so
     // they are destroyed with the effect rather than at recompilation.

@@ -25,41 +25,6 @@ class ITechnique;
 class IUniform;
 } // namespace nvFX
 
-/// Uniforms the renderer feeds, by the semantic that bound them.
-enum QorNvFXSemantic
-{
-    QorNvFXProjection,
-    QorNvFXView,
-    QorNvFXWorld,
-    QorNvFXWorldInverseTranspose,
-    QorNvFXWorldInverse,
-    QorNvFXWorldViewProjection,
-    QorNvFXWorldView,
-    QorNvFXWorldViewInverseTranspose,
-    QorNvFXWorldViewInverse,
-    QorNvFXViewInverseTranspose,
-    QorNvFXViewInverse,
-    QorNvFXEyePosition,
-    QorNvFXGlobalAmbientColor,
-    QorNvFXAmbient,
-    QorNvFXDiffuse,
-    QorNvFXSpecular,
-    QorNvFXDiffuseTexture,
-    QorNvFXUseDiffuseTexture,
-    QorNvFXDiffuseTextureFunction,
-    QorNvFXDiffuseTextureMappingFunction,
-    QorNvFXAmbientCoeff,
-    QorNvFXDiffuseCoeff,
-    QorNvFXSpecularCoeff,
-    QorNvFXEmissiveCoeff,
-    QorNvFXTransparencyCoeff,
-    QorNvFXShininessCoeff,
-    QorNvFXPowerCoeff,
-    QorNvFXAutomaticEnvironmentMap,
-    QorNvFXAutomaticColorAttribute,
-    QorNvFXSemanticCount
-};
-
 /// Light and clip-plane uniforms, found by their names ("lightData_LightPos", ...,
 /// "numLights", "clipPlanes_equations", "clipPlanes_count"), in the order looked up.
 enum QorNvFXNamedUniform
@@ -137,7 +102,8 @@ public:
     // What binding found, for the renderer's drawing code.
     nvFX::IContainer* GetContainer() const { return m_container; }
     nvFX::ITechnique* GetCurrentTechnique() const { return m_technique; }
-    nvFX::IUniform* GetSemanticUniform(QorNvFXSemantic which) const { return m_semantic[which]; }
+    /// The uniform bound to `feed` (see QorSemanticTable); null when none is.
+    nvFX::IUniform* GetFeedUniform(QorFeed feed) const { return static_cast<nvFX::IUniform*>(GetFeed(feed)); }
     nvFX::IUniform* GetNamedUniform(QorNvFXNamedUniform which) const { return m_named[which]; }
     unsigned int GetLightModel() const { return m_lightMask; }
     /// The warnings and notes the last load printed about the light and clip-plane
@@ -169,8 +135,7 @@ private:
     unsigned char m_compiled = 0;
     nvFX::IContainer* m_container = nullptr;  // owned
     nvFX::ITechnique* m_technique = nullptr;  // borrowed from m_container
-    nvFX::IUniform* m_semantic[QorNvFXSemanticCount] = {}; // borrowed from m_container
-    nvFX::IUniform* m_named[QorNvFXNamedUniformCount] = {};
+    nvFX::IUniform* m_named[QorNvFXNamedUniformCount] = {}; // borrowed from m_container
     int m_lightCount = 0;
     // Containers of earlier loads: the values of shader objects copied from their sets
     // mirror their uniforms, so they go with the effect, not at a reload or Init.

@@ -1,12 +1,10 @@
 /// @file
-/// Which parameters of an effect never become user values, for both implementations:
-/// those the renderer feeds by semantic (each implementation names its own semantics)
-/// and those whose name carries the material's description or a switch the renderer
-/// reads.
+/// Which parameters of an effect never become user values, for both back ends: those
+/// the back end's renderer feeds by semantic (QorSemanticTable says which for each) and
+/// those whose name carries the material's description or a switch the renderer reads.
 #pragma once
 
-#include <cstddef>
-#include <cstring>
+#include "QorVisShaders/QorFxImplementation.h"
 
 namespace QorHiddenParameters {
 
@@ -14,16 +12,8 @@ namespace QorHiddenParameters {
 /// "AutomaticEnvironmentMapTracking". A null name is not.
 bool IsHiddenName(const char* name);
 
-/// Whether a parameter is kept from the user's values: its non-empty semantic is among
-/// `fedSemantics`, or its name is hidden.
-template <std::size_t N>
-bool IsHidden(const char* semantic, const char* name, const char* const (&fedSemantics)[N])
-{
-    if (semantic && *semantic)
-        for (const char* fed : fedSemantics)
-            if (std::strcmp(fed, semantic) == 0)
-                return true;
-    return IsHiddenName(name);
-}
+/// Whether `implementation` keeps a parameter from the user's values: its non-empty
+/// semantic is one it hides, or its name is hidden.
+bool IsHidden(QorFxImplementation implementation, const char* semantic, const char* name);
 
 } // namespace QorHiddenParameters

@@ -19,6 +19,7 @@
 
 #include "QorVisShaderShared/QorBackEndProfile.h"
 #include "QorVisShaderShared/QorMaterialParameters.h"
+#include "QorVisShaderShared/QorSemanticTable.h"
 
 #include "QorSystem/QorString.h"
 #include "QorSystem/QorUnicodeString.h"
@@ -78,6 +79,9 @@ public:
     QorMaterialParameters* GetParameters() const { return m_parameters; }
     const QorUnicodeString& GetSource() const { return m_source; }
     const QorBackEndProfile& Profile() const { return m_profile; }
+    /// The back end's parameter binding bound to `feed` (a Cg parameter, an nvFX uniform),
+    /// which the renderer sets; null when the effect binds none.
+    void* GetFeed(QorFeed feed) const { return feed >= 0 && feed < QorFeedCount ? m_feeds[feed] : nullptr; }
 
 protected:
     explicit QorMaterialEffect(const QorBackEndProfile& profile) : m_profile(profile) {}
@@ -114,6 +118,11 @@ protected:
     }
     /// The next upload is whole: the back end's parameters were made anew.
     void ForgetUploads() { m_uploaded = 0; }
+    /// Binds `feed` to a parameter of the back end (a later one of the same semantic
+    /// replaces it).
+    void BindFeed(QorFeed feed, void* parameter) { m_feeds[feed] = parameter; }
+    /// Forgets the feeds from `first` up to, not including, `last`.
+    void ForgetFeeds(QorFeed first, QorFeed last);
 
     /// Replaces the default set (owned from now on; null deletes it) and forgets the
     /// uploads: what the old set's copies pushed was for the parameters it mirrored.
@@ -130,6 +139,7 @@ protected:
 
 private:
     const QorBackEndProfile& m_profile;
+    void* m_feeds[QorFeedCount] = {};              // borrowed from the back end's effect
     QorMaterialParameters* m_parameters = nullptr; // owned: the default set of the last compilation
     QorMaterialParameters* m_current = nullptr;    // borrowed: a shader object's set
     std::uint64_t m_uploaded = 0;                  // serial of the set uploaded last; 0 for none
