@@ -6,7 +6,7 @@
 // The picture is 2048 x 2048; with a tiny --benchmark_min_time (the CTest run) it is
 // 128 x 128 so the run stays quick under the sanitizers. --sgi_size=N picks any size.
 
-#include "QorVisShaders/QorTextureReader.h"
+#include "QorVisFoundation/QorTextureReader.h"
 
 #include <OpenImageIO/imageio.h>
 #include <benchmark/benchmark.h>

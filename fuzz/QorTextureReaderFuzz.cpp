@@ -3,7 +3,7 @@
 // leaking or passing libFuzzer's memory limit; a refusal must leave every output at 0
 // and a decoded picture must report sizes that fit its buffer.
 
-#include "QorVisShaders/QorTextureReader.h"
+#include "QorVisFoundation/QorTextureReader.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
 // The image format word of a texture file name, used to cache streamed textures.
-#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderTextureRegistry.h"
 
 #include <cstdio>
 
-QorUnicodeString QorShaderManager::ShaderParamRetrieveTextureExtension(const QorUnicodeString& fileName)
+QorUnicodeString QorShaderTextureRegistry::ShaderParamRetrieveTextureExtension(const QorUnicodeString& fileName)
 {
     QorUnicodeString extension;
     const int lastDot = fileName.ReverseFind('.');

@@ -1,7 +1,7 @@
-// The shared texture registry of QorShaderManager: one counted record per file name,
+// The shared texture registry: one counted record per file name,
 // retired through the destroy list at a moment the renderer chooses. Look-ups, hand-backs
 // and removals take constant time, whatever the number of textures.
-#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderTextureRegistry.h"
 #include "QorVisShaders/QorShaderTexture.h"
 
 #include "QorVisFoundation/QorGLServices.h"
@@ -34,10 +34,10 @@ struct QorShaderTextureList
     std::unordered_set<const QorShaderTexture*> listed;
 };
 
-QorShaderTextureMap QorShaderManager::_sMapShaderTexture;
-QorShaderTextureList QorShaderManager::_sListShaderTextureToDestroy;
+QorShaderTextureMap QorShaderTextureRegistry::_sMapShaderTexture;
+QorShaderTextureList QorShaderTextureRegistry::_sListShaderTextureToDestroy;
 
-QorShaderTexture* QorShaderManager::GetShaderTexture(const char* name)
+QorShaderTexture* QorShaderTextureRegistry::GetShaderTexture(const char* name)
 {
     if (!name)
         return nullptr;
@@ -45,7 +45,7 @@ QorShaderTexture* QorShaderManager::GetShaderTexture(const char* name)
     return found == _sMapShaderTexture.byName.end() ? nullptr : found->second->texture;
 }
 
-QorShaderTexture* QorShaderManager::AddShaderTexture(const char* name)
+QorShaderTexture* QorShaderTextureRegistry::AddShaderTexture(const char* name)
 {
     if (!name)
         return nullptr;
@@ -69,7 +69,7 @@ QorShaderTexture* QorShaderManager::AddShaderTexture(const char* name)
     return entry.texture;
 }
 
-void QorShaderManager::AddShaderTextureToDestroyList(QorShaderTexture* texture)
+void QorShaderTextureRegistry::AddShaderTextureToDestroyList(QorShaderTexture* texture)
 {
     if (!texture)
         return;
@@ -95,7 +95,7 @@ void UnregisterTexture(QorShaderTextureMap& map, QorShaderTexture* texture)
 
 } // namespace
 
-void QorShaderManager::CleanShaderTextureToDestroyList()
+void QorShaderTextureRegistry::CleanShaderTextureToDestroyList()
 {
     for (QorShaderTexture* texture : _sListShaderTextureToDestroy.order) {
         if (!texture)

@@ -6,11 +6,11 @@ execute_process(COMMAND nm -D --defined-only -C ${LIBRARY} OUTPUT_VARIABLE listi
 if(failed)
   message(FATAL_ERROR "nm failed on ${LIBRARY}")
 endif()
-set(exported readTexture QorFindShaderFile QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
+set(exported QorFindShaderFile QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
   QorIShader QorIShaderEffect QorIShaderParameters QorIShaderValue QorNvFXEffect QorNvFXShaderParameters
   QorNvFXShaderValue QorNvFXShaderValueFloat QorNvFXShaderValueColor QorNvFXShaderValueString
-  QorShaderQRFXMigration QorShaderMigrationReport QorMaterialValue QorMaterialParameters QorMaterialEffect)
-set(required "QorShaderManager::CreateShader" "QorShaderManager::AddShaderTexture" "readTexture"
+  QorShaderQRFXMigration QorShaderMigrationReport QorShaderFactory QorShaderTextureRegistry QorMaterialValue QorMaterialParameters QorMaterialEffect)
+set(required "QorShaderFactory::CreateShader" "QorShaderTextureRegistry::AddShaderTexture"
   "QorShaderEffect::AddShaderEffect" "QorShaderIncludeManager::Instance" "typeinfo for QorIShader\n")
 string(REPLACE "\n" ";" lines "${listing}")
 set(leaks)

@@ -4,7 +4,7 @@
 
 #include "QorVisFoundation/QorTexturePixelImage.h"
 #include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorTextureReader.h"
+#include "QorVisFoundation/QorTextureReader.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -8,7 +8,7 @@
 #include "QorVisShaders/QorShaderManager.h"
 #include "QorVisShaders/QorShaderTexture.h"
 #include "QorVisShaders/QorShaderValueType.h"
-#include "QorVisShaders/QorTextureReader.h"
+#include "QorVisFoundation/QorTextureReader.h"
 
 #include <GL/gl.h>
 #include <GL/glext.h>

@@ -16,7 +16,7 @@
 class QorShaderManagerTestAccess
 {
 public:
-    static void Force(QorFxImplementation implementation) { QorShaderManager::setFxImplementation(implementation); }
+    static void Force(QorFxImplementation implementation) { QorShaderFactory::setFxImplementation(implementation); }
 };
 
 namespace {

@@ -1,9 +1,7 @@
 /// @file
-/// The reader of SGI image files (".rgb", ".rgba", ".bw", ".sgi") that renderers use for
-/// textures.
+/// The framework's reader of SGI image files (".rgb", ".rgba", ".bw", ".sgi") that
+/// renderers use for textures.
 #pragma once
-
-#include "QorVisShaders/QorVisShadersExport.h"
 
 /// Reads an SGI image, verbatim or run-length encoded, into a buffer ready for
 /// glTexImage1D/2D with GL_RGBA and GL_UNSIGNED_BYTE. `fileName` is a framework path
@@ -35,4 +33,4 @@
 /// that a small file cannot make the reader allocate and fill a huge picture; a run-length row whose start or size
 /// lies outside the file; a packet that would pass the end of its row or read past the
 /// row's encoded bytes. The magic number is not checked. Null output pointers are skipped.
-QOR_VISSHADERS_API unsigned int* readTexture(const char* fileName, int* dimension, int* width, int* height, int* components);
+unsigned int* readTexture(const char* fileName, int* dimension, int* width, int* height, int* components);

@@ -1,4 +1,4 @@
-#include "QorVisShaders/QorTextureReader.h"
+#include "QorVisFoundation/QorTextureReader.h"
 
 #include "ShaderTextureImageReader.h"
 
