@@ -1,7 +1,7 @@
 #include "QorfxBackend.h"
 
 #include "QorfxCgFXBackend.h"
-#include "QorfxGLSLBackend.h"
+#include "QorfxQRFXBackend.h"
 
 #include "QorVisShaders/QorIShader.h"
 
@@ -9,7 +9,7 @@ std::unique_ptr<QorfxBackend> QorfxMakeBackend(QorIShader& shader, const std::fu
 {
     // The GLSL runtime says what went wrong while loading; its back end listens.
     if (shader.GetImplementation() == QorFxQRFX)
-        return QorfxGLSLBackend::Load(shader, load, loaded);
+        return QorfxQRFXBackend::Load(shader, load, loaded);
     loaded = load();
     return QorfxCgFXBackend::For(shader);
 }

@@ -1,4 +1,4 @@
-#include "QorfxGLSLBackend.h"
+#include "QorfxQRFXBackend.h"
 
 #include "QorfxSceneFeed.h"
 
@@ -130,7 +130,7 @@ json OptionalText(const char* text)
 
 } // namespace
 
-std::unique_ptr<QorfxBackend> QorfxGLSLBackend::Load(QorIShader& shader, const std::function<bool()>& load,
+std::unique_ptr<QorfxBackend> QorfxQRFXBackend::Load(QorIShader& shader, const std::function<bool()>& load,
                                                      bool& loaded)
 {
     std::vector<std::string> messages;
@@ -142,10 +142,10 @@ std::unique_ptr<QorfxBackend> QorfxGLSLBackend::Load(QorIShader& shader, const s
     if (shader.GetImplementation() != QorFxQRFX || !effect || effect->GetImplementation() != QorFxQRFX)
         return nullptr;
     return std::unique_ptr<QorfxBackend>(
-        new QorfxGLSLBackend(*static_cast<QorNvFXEffect*>(effect), std::move(messages)));
+        new QorfxQRFXBackend(*static_cast<QorNvFXEffect*>(effect), std::move(messages)));
 }
 
-json QorfxGLSLBackend::Techniques(bool validate)
+json QorfxQRFXBackend::Techniques(bool validate)
 {
     MessageCapture capture(m_messages);
     json techniques = json::array();
@@ -159,7 +159,7 @@ json QorfxGLSLBackend::Techniques(bool validate)
     return techniques;
 }
 
-void QorfxGLSLBackend::DescribeParameter(int index, json& entry)
+void QorfxQRFXBackend::DescribeParameter(int index, json& entry)
 {
     auto* defaults = static_cast<QorNvFXShaderParameters*>(m_effect.GetParameters());
     nvFX::IUniform* uniform = defaults ? defaults->GetUniform(index) : nullptr;
@@ -182,7 +182,7 @@ void QorfxGLSLBackend::DescribeParameter(int index, json& entry)
         entry["defaultFile"] = file;
 }
 
-void QorfxGLSLBackend::DescribeEffect(json& description)
+void QorfxQRFXBackend::DescribeEffect(json& description)
 {
     json semantics = json::array();
     for (int which = 0; which < QorFeedCount; ++which)
@@ -207,7 +207,7 @@ void QorfxGLSLBackend::DescribeEffect(json& description)
     description["messages"] = m_messages;
 }
 
-std::string QorfxGLSLBackend::CompileErrors()
+std::string QorfxQRFXBackend::CompileErrors()
 {
     std::string errors;
     for (const std::string& message : m_loadMessages)
@@ -215,7 +215,7 @@ std::string QorfxGLSLBackend::CompileErrors()
     return errors;
 }
 
-std::vector<QorfxMissingInclude> QorfxGLSLBackend::MissingIncludes()
+std::vector<QorfxMissingInclude> QorfxQRFXBackend::MissingIncludes()
 {
     // nvFX names a missing include as: SOURCE(LINE): error: include 'NAME' not found
     static const std::string kBefore = "error: include '", kAfter = "' not found";
@@ -235,7 +235,7 @@ std::vector<QorfxMissingInclude> QorfxGLSLBackend::MissingIncludes()
     return missing;
 }
 
-std::string QorfxGLSLBackend::SetEnvironment(const QorfxView& view, unsigned int skyTexture)
+std::string QorfxQRFXBackend::SetEnvironment(const QorfxView& view, unsigned int skyTexture)
 {
     const Environment environment = EnvironmentOf(m_effect);
     if (environment.State() == QorEnvironmentNone)
@@ -253,7 +253,7 @@ std::string QorfxGLSLBackend::SetEnvironment(const QorfxView& view, unsigned int
     return "";
 }
 
-bool QorfxGLSLBackend::Validate()
+bool QorfxQRFXBackend::Validate()
 {
     MessageCapture capture(m_messages);
     nvFX::IContainer* container = m_effect.GetContainer();
@@ -270,7 +270,7 @@ bool QorfxGLSLBackend::Validate()
     return false;
 }
 
-void QorfxGLSLBackend::SetMatrices(const QorfxView& view)
+void QorfxQRFXBackend::SetMatrices(const QorfxView& view)
 {
     const auto matrices = QorfxMatrices(view);
     for (const auto& [which, matrix] : kFedMatrices)
@@ -285,7 +285,7 @@ void QorfxGLSLBackend::SetMatrices(const QorfxView& view)
 // The kinds as QorLighting.glslfxh tells them: w = 0 for a directional light, an inner
 // cone above the outer one for a spot, equal cones (0) for a point light. Light
 // uniforms without values here (ambient, linear and quadratic falloff, ...) are zero.
-void QorfxGLSLBackend::SetLights()
+void QorfxQRFXBackend::SetLights()
 {
     std::array<std::vector<std::array<float, 4>>, QorNvFXNamedUniformCount> rows;
     const int count = m_effect.GetLightCount();
@@ -307,7 +307,7 @@ void QorfxGLSLBackend::SetLights()
     SetInt(m_effect.GetNamedUniform(QorNvFXLightCount), count);
 }
 
-void QorfxGLSLBackend::Draw(const QorfxView& view, const std::vector<QorfxVertex>& mesh)
+void QorfxQRFXBackend::Draw(const QorfxView& view, const std::vector<QorfxVertex>& mesh)
 {
     MessageCapture capture(m_messages);
     SetLights();

@@ -9,7 +9,7 @@
 
 class QorNvFXEffect;
 
-class QorfxGLSLBackend final : public QorfxBackend
+class QorfxQRFXBackend final : public QorfxBackend
 {
 public:
     /// Runs `load` with nvFX's messages kept (nvFX prints them on standard output
@@ -39,7 +39,7 @@ public:
     void Draw(const QorfxView& view, const std::vector<QorfxVertex>& mesh) override;
 
 private:
-    QorfxGLSLBackend(QorNvFXEffect& effect, std::vector<std::string> loadMessages)
+    QorfxQRFXBackend(QorNvFXEffect& effect, std::vector<std::string> loadMessages)
         : m_effect(effect), m_loadMessages(std::move(loadMessages))
     {
     }
