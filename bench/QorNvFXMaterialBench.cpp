@@ -4,11 +4,12 @@
 // and shares the effect (a shader object per material: SetFileName, GenerateParameters);
 // the naive road loads the text into an nvFX container once per material.
 //
-// Per frame: 200 materials of a 64-uniform effect, 8 values changed per material per
-// frame. The library's road sets them through the shader object, pushes the changed
-// ones into the effect's uniforms (UploadCurrentParameters) and sets the pass up, which
-// sends the changed uniforms to GL; the raw road makes the same glUniform calls on the
-// same GL program. Needs a display (xvfb-run); without one the benchmark says so.
+// Per frame: 200 materials, each with its own 64-uniform effect, 8 values changed per
+// material per frame. The library's road sets them through the shader object, pushes the
+// changed ones into the effect's uniforms (UploadCurrentParameters, through the neutral
+// interface) and sets the pass up, which sends the changed uniforms to GL; the raw road
+// makes the same glUniform calls on the same GL programs. Needs a display (xvfb-run);
+// without one the benchmark says so.
 //
 // Migration: 1,000 stored CgFX-era materials over 50 effects, registered with one
 // migration as un-streaming a document registers them (a stored name and a parameter
@@ -269,63 +270,74 @@ void Migration(benchmark::State& state, int materials, int effects)
     state.counters["us_per_material"] = total * 1e6 / (static_cast<double>(state.iterations()) * materials);
 }
 
-// The materials of the per-frame benchmark and the GL program both roads feed.
+// The materials of the per-frame benchmark and the GL programs both roads feed. Each
+// material has an effect of its own (the same source under its own name), so its
+// uniforms keep its values between frames and a frame pushes what changed; each effect's
+// pass links a GL program of its own, which both roads make current in turn.
 struct Frame
 {
-    std::vector<Shader> materials;
-    std::vector<std::vector<int>> changed; // parameter indexes each material sets
-    QorNvFXEffect* effect = nullptr;       // borrowed: the materials hold it
-    nvFX::IPass* pass = nullptr;
-    GLuint program = 0;
-    std::vector<GLint> locations; // of Value0 ... Value63
+    struct Material
+    {
+        Shader shader;
+        QorIShaderEffect* effect = nullptr; // borrowed: the shader holds it
+        nvFX::IPass* pass = nullptr;
+        GLuint program = 0;
+        std::vector<GLint> locations; // of Value0 ... Value63
+        std::vector<int> changed;     // parameter indexes the material sets
+    };
+    std::vector<Material> materials;
 
     bool Build(int count)
     {
         const std::string text = WideEffect(kUniforms, 0);
         for (int m = 0; m < count; ++m) {
-            Shader shader = NewShader();
-            shader->SetBuffer(text.c_str(), "per-frame.glslfx");
-            if (!shader->GenerateParameters() || shader->GetNbParameters() != kUniforms + 1)
+            Material material;
+            material.shader = NewShader();
+            material.shader->SetBuffer(text.c_str(), ("per-frame-" + std::to_string(m) + ".glslfx").c_str());
+            if (!material.shader->GenerateParameters() || material.shader->GetNbParameters() != kUniforms + 1)
                 return false;
-            std::vector<int> indexes;
+            material.effect = material.shader->GetIShaderEffect();
+            // The raw road drives the pass's program directly, as a renderer's driver does.
+            auto* effect = static_cast<QorNvFXEffect*>(material.effect);
+            material.pass = effect->GetCurrentTechnique() ? effect->GetCurrentTechnique()->getPass(0) : nullptr;
+            if (!material.pass || !material.pass->validate())
+                return false;
+            material.program = material.pass->getExInterface()->getProgram();
+            for (int u = 0; u < kUniforms; ++u)
+                material.locations.push_back(glGetUniformLocation(material.program, UniformName(u).c_str()));
             for (int k = 0; k < kChanged; ++k)
-                indexes.push_back((m * kChanged + k) % kUniforms + 1);
-            changed.push_back(indexes);
-            materials.push_back(std::move(shader));
+                material.changed.push_back((m * kChanged + k) % kUniforms + 1);
+            materials.push_back(std::move(material));
         }
-        effect = static_cast<QorNvFXEffect*>(materials.front()->GetIShaderEffect());
-        pass = effect->GetCurrentTechnique() ? effect->GetCurrentTechnique()->getPass(0) : nullptr;
-        if (!pass || !pass->validate())
-            return false;
-        program = pass->getExInterface()->getProgram();
-        for (int u = 0; u < kUniforms; ++u)
-            locations.push_back(glGetUniformLocation(program, UniformName(u).c_str()));
-        return program != 0;
+        return true;
     }
 
+    // The library's road through the renderer's calls: the shader object's setters,
+    // SetCurrentParameters, the effect's upload, and the pass's setup, which sends the
+    // changed uniforms to GL.
     void Library(float time)
     {
-        for (size_t m = 0; m < materials.size(); ++m) {
-            QorIShader& shader = *materials[m];
-            for (int index : changed[m]) {
+        for (Material& material : materials) {
+            QorIShader& shader = *material.shader;
+            for (int index : material.changed) {
                 if (IsColor(index - 1))
                     shader.SetParameterColor(index, time, 0.5f, 0.25f, 1.0f);
                 else
                     shader.SetParameterFloat(index, time);
             }
             shader.SetCurrentParameters();
-            effect->UploadCurrentParameters(true);
-            pass->setup();
-            pass->restore();
+            material.effect->UploadCurrentParameters(true);
+            material.pass->setup();
+            material.pass->restore();
         }
     }
 
     void Raw(float time)
     {
-        for (size_t m = 0; m < materials.size(); ++m) {
-            glUseProgram(program);
-            for (int index : changed[m]) {
-                const GLint location = locations[static_cast<size_t>(index - 1)];
+        for (Material& material : materials) {
+            glUseProgram(material.program);
+            for (int index : material.changed) {
+                const GLint location = material.locations[static_cast<size_t>(index - 1)];
                 if (IsColor(index - 1))
                     glUniform4f(location, time, 0.5f, 0.25f, 1.0f);
                 else

@@ -1,14 +1,16 @@
-// Per-frame cost of driving many materials of one effect. Each frame, every material
-// sets some of its values through the shader object, is made current (SetCurrentParameters,
-// then UploadCurrentParameters pushing only modified values) and gets the effect's bound
-// matrices; the raw road makes the same cgSetParameter* calls directly. Every iteration
-// draws one frame on each road, alternating which goes first, so their ratio comes from
-// one run. No GL context: cgSetParameter* works without one, and nothing is drawn.
+// Per-frame cost of driving many CgFX materials. Each frame, every material sets some of
+// its values through the shader object, is made current (SetCurrentParameters, then the
+// effect's UploadCurrentParameters through the neutral interface, pushing only what
+// changed) and gets its effect's bound matrices; the raw road makes the same
+// cgSetParameter* calls directly. Every iteration draws one frame on each road,
+// alternating which goes first, so their ratio comes from one run. No GL context:
+// cgSetParameter* works without one, and nothing is drawn.
 #include "QorBenchSupport.h"
 
 #include "QorMath/Qor4x4Matrix.h"
-#include "QorVisShaders/QorIShader.h"
 #include "QorVisShaderCGFX/QorShaderEffect.h"
+#include "QorVisShaders/QorIShader.h"
+#include "QorVisShaders/QorIShaderEffect.h"
 #include "QorVisShaders/QorShaderManager.h"
 
 #include <array>
@@ -24,8 +26,8 @@ using QorBench::Shader;
 
 constexpr int kUserParameters = 64;
 constexpr int kValuesPerMaterial = 8;
-constexpr QorFeed kBoundMatrices[] = {QorFeedWorldViewProjection, QorFeedWorld,
-                                              QorFeedWorldInverseTranspose, QorFeedViewInverse};
+constexpr QorFeed kBoundMatrices[] = {QorFeedWorldViewProjection, QorFeedWorld, QorFeedWorldInverseTranspose,
+                                      QorFeedViewInverse};
 
 // One value a material changes every frame: where the shader object finds it and the
 // Cg parameter the raw road sets.
@@ -39,7 +41,10 @@ struct ChangedValue
 struct Material
 {
     Shader shader;
+    QorIShaderEffect* effect = nullptr; // borrowed: the shader holds it
     std::array<ChangedValue, kValuesPerMaterial> changed;
+    std::vector<ChangedValue> all;      // every user value, for the raw road's switches
+    std::vector<CGparameter> matrices;  // the bound matrices the renderer feeds
     Qor4x4Matrix world;
 };
 
@@ -48,56 +53,60 @@ enum class FrameKind
 {
     Changed,   // each material sets its values; only those are pushed
     Unchanged, // no value changes: the library walks values that need no push
-    Full,      // each material sets its values and pushes all of them (a material switch)
+    Full,      // each material sets its values and pushes all of them
 };
 
-// The effect, its materials and the handles both roads feed.
+// The materials and the handles both roads feed. Each material has an effect of its own
+// (the same source under its own name), as a scene of distinct materials does: its
+// parameters keep its values between frames, so a frame pushes what changed. With
+// `sharedEffect`, every material draws with one effect: switching materials pushes each
+// whole on both roads, since the effect's parameters hold the previous material's values.
 class Scene
 {
 public:
-    bool Build(int materials)
+    bool Build(int materials, bool sharedEffect)
     {
-        if (!m_folder.Ready() || m_folder.Write("wide.cgfx", QorBench::WideEffect(kUserParameters)).empty())
+        const std::string text = QorBench::WideEffect(kUserParameters);
+        m_shared = sharedEffect;
+        if (!m_folder.Ready())
             return false;
         for (int m = 0; m < materials; ++m) {
-            Material material{Shader(QorShaderManager::CreateShader()), {}, {}};
+            Material material{Shader(QorShaderManager::CreateShader()), nullptr, {}, {}, {}, {}};
             if (!material.shader)
                 return false;
-            material.shader->SetFileName(QorString("wide.cgfx"));
+            material.shader->SetBuffer(text.c_str(), sharedEffect ? "wide.cgfx" : ("wide-" + std::to_string(m)).c_str());
             if (!material.shader->GenerateParameters() ||
                 material.shader->GetNbParameters() != kUserParameters + 1 ||
                 material.shader->GetImplementation() != QorFxCgFX)
                 return false;
-            // The CgFX shader's effect is a QorShaderEffect, which the renderer's CgFX
-            // driver feeds directly.
-            m_effect = static_cast<QorShaderEffect*>(material.shader->GetIShaderEffect());
-            for (int k = 0; k < kValuesPerMaterial; ++k) {
-                const int parameter = (m * kValuesPerMaterial + k) % kUserParameters;
+            material.effect = material.shader->GetIShaderEffect();
+            // The raw road feeds the Cg parameters of the material's effect directly, as a
+            // renderer's CgFX driver does.
+            const auto& effect = static_cast<const QorShaderEffect&>(*material.effect);
+            for (int parameter = 0; parameter < kUserParameters; ++parameter) {
                 const std::string name = QorBench::WideParameterName(parameter);
-                ChangedValue& value = material.changed[static_cast<size_t>(k)];
-                value.index = material.shader->GetParameterIndex(name.c_str());
-                value.color = QorBench::WideParameterIsColor(parameter);
-                value.handle = cgGetNamedEffectParameter(m_effect->GetCgEffect(), name.c_str());
-                if (value.index < 1 || !value.handle)
+                material.all.push_back({material.shader->GetParameterIndex(name.c_str()),
+                                        QorBench::WideParameterIsColor(parameter),
+                                        cgGetNamedEffectParameter(effect.GetCgEffect(), name.c_str())});
+                if (material.all.back().index < 1 || !material.all.back().handle)
+                    return false;
+            }
+            for (int k = 0; k < kValuesPerMaterial; ++k)
+                material.changed[static_cast<size_t>(k)] =
+                    material.all[static_cast<size_t>((m * kValuesPerMaterial + k) % kUserParameters)];
+            for (QorFeed which : kBoundMatrices) {
+                material.matrices.push_back(effect.GetFeedParameter(which));
+                if (!material.matrices.back())
                     return false;
             }
             material.world.At(0, 3) = static_cast<float>(m);
             m_materials.push_back(std::move(material));
         }
-        for (QorFeed which : kBoundMatrices) {
-            m_matrices.push_back(m_effect->GetFeedParameter(which));
-            if (!m_matrices.back())
-                return false;
-        }
-        for (int parameter = 0; parameter < kUserParameters; ++parameter) {
-            const std::string name = QorBench::WideParameterName(parameter);
-            m_allValues.push_back({parameter + 1, QorBench::WideParameterIsColor(parameter),
-                                   cgGetNamedEffectParameter(m_effect->GetCgEffect(), name.c_str())});
-        }
         return true;
     }
 
-    // The library's road for one frame.
+    // The library's road for one frame, through the renderer's calls: the shader object's
+    // setters, SetCurrentParameters and the effect's upload.
     void LibraryFrame(FrameKind kind, float time)
     {
         for (Material& material : m_materials) {
@@ -110,21 +119,22 @@ public:
                         shader.SetParameterFloat(value.index, time);
                 }
             shader.SetCurrentParameters();
-            m_effect->UploadCurrentParameters(kind != FrameKind::Full);
+            material.effect->UploadCurrentParameters(kind != FrameKind::Full);
             if (m_feedMatrices)
-                SetMatrices(material.world);
+                SetMatrices(material);
         }
     }
 
-    // The same frame with raw Cg calls.
+    // The same frame with raw Cg calls; a material switch on a shared effect sets all its
+    // values.
     void RawFrame(FrameKind kind, float time)
     {
         for (Material& material : m_materials) {
-            if (kind == FrameKind::Changed)
+            if (kind == FrameKind::Changed && !m_shared)
                 SetRaw(material.changed.begin(), material.changed.end(), time);
-            else if (kind == FrameKind::Full)
-                SetRaw(m_allValues.begin(), m_allValues.end(), time);
-            SetMatrices(material.world);
+            else if (kind != FrameKind::Unchanged)
+                SetRaw(material.all.begin(), material.all.end(), time);
+            SetMatrices(material);
         }
     }
 
@@ -144,33 +154,31 @@ private:
         }
     }
 
-    void SetMatrices(const Qor4x4Matrix& world)
+    static void SetMatrices(const Material& material)
     {
-        for (CGparameter matrix : m_matrices)
-            cgSetMatrixParameterfr(matrix, world.Data());
+        for (CGparameter matrix : material.matrices)
+            cgSetMatrixParameterfr(matrix, material.world.Data());
     }
 
     QorBench::EffectFolder m_folder;
     std::vector<Material> m_materials;
-    QorShaderEffect* m_effect = nullptr; // borrowed: the materials hold it
-    std::vector<CGparameter> m_matrices;
-    std::vector<ChangedValue> m_allValues;
+    bool m_shared = false;
     bool m_feedMatrices = true;
 };
 
 // Builds the scene or fails the benchmark.
-bool Build(Scene& scene, benchmark::State& state, int materials)
+bool Build(Scene& scene, benchmark::State& state, int materials, bool sharedEffect = false)
 {
-    if (scene.Build(materials))
+    if (scene.Build(materials, sharedEffect))
         return true;
     QorBench::Fail(state, "cannot build the materials of the wide effect");
     return false;
 }
 
-void PerFrame(benchmark::State& state, FrameKind kind, int materials)
+void PerFrame(benchmark::State& state, FrameKind kind, int materials, bool sharedEffect)
 {
     Scene scene;
-    if (!Build(scene, state, materials))
+    if (!Build(scene, state, materials, sharedEffect))
         return;
     // One frame on each road first, so both start from values already pushed once.
     scene.LibraryFrame(FrameKind::Full, 0.0f);
@@ -230,14 +238,18 @@ int main(int argc, char** argv)
         for (const auto& [name, kind] : {std::pair{"PerFrame/Changed8", FrameKind::Changed},
                                          std::pair{"PerFrame/Unchanged", FrameKind::Unchanged},
                                          std::pair{"PerFrame/FullUpload", FrameKind::Full}})
-            benchmark::RegisterBenchmark(name, PerFrame, kind, materials)
+            benchmark::RegisterBenchmark(name, PerFrame, kind, materials, false)
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
+        // Materials that share one effect: every switch pushes the whole set on both roads.
+        benchmark::RegisterBenchmark("PerFrame/SharedEffectSwitch", PerFrame, FrameKind::Changed, materials, true)
+            ->UseManualTime()
+            ->Unit(benchmark::kMicrosecond);
         // How the ratio moves with the number of materials: from 8 on, the frame reaches
         // all 64 Cg parameters, and every material adds its own data to what Cg works beside.
         for (int count : {1, 10, 800})
             benchmark::RegisterBenchmark(("PerFrame/Changed8/materials:" + std::to_string(count)).c_str(), PerFrame,
-                                         FrameKind::Changed, count)
+                                         FrameKind::Changed, count, false)
                 ->UseManualTime()
                 ->Unit(benchmark::kMicrosecond);
         // Each iteration also draws a full frame, a hundred times longer than the timed one.

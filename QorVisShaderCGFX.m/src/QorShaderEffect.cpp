@@ -57,6 +57,7 @@ void QorShaderEffect::Init()
     if (m_context)
         m_retiredContexts.push_back(std::move(m_context));
     m_effect = nullptr;
+    SetPushable(false);
     // The seven coefficient handles are cleared by binding itself.
     ForgetFeeds(QorFeedProjection, QorFeedAmbientCoeff);
     ForgetFeeds(QorFeedDiffuse, QorFeedCount);

@@ -55,6 +55,7 @@ QorShaderParameters* QorShaderEffect::GenerateShader()
 QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
 {
     m_effect = nullptr;
+    SetPushable(false);
     std::size_t line = 0, length = 0;
     if (QorFindOverlongCgToken(m_source.c_str(), line, length)) {
         // Refused before the runtime sees it: it would write past its own buffer.
@@ -87,6 +88,7 @@ QorShaderParameters* QorShaderEffect::createEffectAndBindSemantics()
         writeErrorFile(cgGetErrorString(cgGetError()), cgGetLastListing(m_context.Get()));
         return nullptr;
     }
+    SetPushable(true);
 
     const bool resolved = resolveInterfacesAndArrays();
     if (m_techniqueIndex == 0)

@@ -42,5 +42,5 @@ inline void PushValue(const QorMaterialValue& value)
 
 void QorShaderEffect::UploadCurrentParameters(bool onlyIfModified)
 {
-    Upload(onlyIfModified, m_effect != nullptr, PushValue);
+    Upload(onlyIfModified, PushValue);
 }

@@ -52,6 +52,7 @@ void QorNvFXEffect::retireContainer()
     if (m_container)
         m_retiredContainers.push_back(m_container);
     m_container = nullptr;
+    SetPushable(false);
     m_technique = nullptr;
     ForgetFeeds(QorFeedProjection, QorFeedCount);
     std::fill(std::begin(m_named), std::end(m_named), nullptr);

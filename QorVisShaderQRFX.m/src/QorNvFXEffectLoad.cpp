@@ -81,6 +81,7 @@ QorNvFXShaderParameters* QorNvFXEffect::Load()
     // The container of an earlier load stays until the effect goes (see retireContainer).
     retireContainer();
     m_container = container;
+    SetPushable(true);
     countLights();
     m_technique = m_container->findTechnique(0);
     m_compiled = 0;

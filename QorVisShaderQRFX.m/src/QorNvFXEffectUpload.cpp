@@ -30,5 +30,5 @@ void PushValue(const QorMaterialValue& value)
 
 void QorNvFXEffect::UploadCurrentParameters(bool onlyIfModified)
 {
-    Upload(onlyIfModified, m_container != nullptr, PushValue);
+    Upload(onlyIfModified, PushValue);
 }

@@ -86,6 +86,7 @@ public:
 protected:
     explicit QorMaterialEffect(const QorBackEndProfile& profile) : m_profile(profile) {}
 
+
     /// Takes the effect out of its back end's registry; called by the last Release.
     virtual void Unregister() = 0;
 
@@ -95,10 +96,10 @@ protected:
     /// from a stream) are passed over. Every value visited is marked unmodified. Inline,
     /// with the back end's push: it runs for every material of every frame.
     template <typename Push>
-    void Upload(bool onlyIfModified, bool ready, Push push)
+    void Upload(bool onlyIfModified, Push push)
     {
         QorMaterialParameters* set = m_current;
-        if (!set || !ready)
+        if (!set || !m_pushable)
             return;
         const auto visit = [&push](QorMaterialValue* value, bool onlyModified) {
             if (!value || (onlyModified && !value->GetModified()) || !value->Binding())
@@ -118,6 +119,9 @@ protected:
     }
     /// The next upload is whole: the back end's parameters were made anew.
     void ForgetUploads() { m_uploaded = 0; }
+    /// Whether the back end has parameters to push into (a compiled effect); uploads do
+    /// nothing until it has.
+    void SetPushable(bool pushable) { m_pushable = pushable; }
     /// Binds `feed` to a parameter of the back end (a later one of the same semantic
     /// replaces it).
     void BindFeed(QorFeed feed, void* parameter) { m_feeds[feed] = parameter; }
@@ -132,6 +136,13 @@ protected:
     /// a shared effect keep their references across an Init.
     void ResetModel();
 
+private:
+    // What every upload reads first, together: every material of every frame.
+    QorMaterialParameters* m_current = nullptr; // borrowed: a shader object's set
+    std::uint64_t m_uploaded = 0;               // serial of the set uploaded last; 0 for none
+    bool m_pushable = false;
+
+protected:
     QorUnicodeString m_source; // the text of the last compilation
     QorString m_fileName;
     QorString m_pathName;
@@ -141,8 +152,6 @@ private:
     const QorBackEndProfile& m_profile;
     void* m_feeds[QorFeedCount] = {};              // borrowed from the back end's effect
     QorMaterialParameters* m_parameters = nullptr; // owned: the default set of the last compilation
-    QorMaterialParameters* m_current = nullptr;    // borrowed: a shader object's set
-    std::uint64_t m_uploaded = 0;                  // serial of the set uploaded last; 0 for none
     unsigned int m_refCount = 1;
     char* m_name = nullptr;     // owned, C heap
     char* m_uuid = nullptr;     // owned, array

@@ -40,51 +40,51 @@ public:
     /// The back end whose answers the set gives.
     const QorBackEndProfile& Profile() const { return m_profile; }
 
-    void Stream(QorStreamer& streamer) override;
+    void Stream(QorStreamer& streamer) final;
     /// Reads a parameter stream: its names replace the set's, its values follow the
     /// set's own, one per record (an empty place for a record without a value).
-    void UnStream(QorStreamer& streamer) override;
-    int GetNbParameters() override;
-    int GetParameterIndex(const char* name) override;
-    int SetColorValue(int index, const float* rgba) override;
-    int SetFloatValue(int index, float value) override;
-    int SetTextureValue(int index, const char* file, int reload) override;
-    const char* GetParameterName(int index) override;
-    QorIShaderValue* GetValue(int position) override;
-    int SetInterfaceTexture(const char* interfaceName, const char* member, const char* file, int reload) override;
-    int SetInterfaceColor(const char* interfaceName, const char* member, const float* values) override;
-    int SetInterfaceFloat(const char* interfaceName, const char* member, float value) override;
-    int GetInterfaceTexture(const char* interfaceName, const char* member, char** file) override;
-    int GetInterfaceColor(const char* interfaceName, const char* member, float** values) override;
-    int GetInterfaceFloat(const char* interfaceName, const char* member, float* value) override;
-    int GetNbInterfaceMembers(int interfaceIndex, int* count) override;
-    const char* GetInterfaceMemberName(int interfaceIndex, int member) override;
-    const char* GetInterfaceParameterName(int interfaceIndex, int member) override;
-    int FindInterface(const char* name, int* interfaceIndex) override;
-    int FindInterfaceMember(int interfaceIndex, const char* name, int* member) override;
-    int GetParameterType(int index) override;
-    int GetInterfaceMemberType(int interfaceIndex, int member, int* type) override;
-    int SetInterfaceTextureAt(int interfaceIndex, int member, const char* file, int reload) override;
-    int SetInterfaceColorAt(int interfaceIndex, int member, const float* values) override;
-    int SetInterfaceFloatAt(int interfaceIndex, int member, float value) override;
-    int GetInterfaceTextureAt(int interfaceIndex, int member, char** file) override;
-    int GetInterfaceColorAt(int interfaceIndex, int member, float** values) override;
-    int GetInterfaceFloatAt(int interfaceIndex, int member, float* value) override;
-    int GetFloatValue(int index, float* out, int onlyIfModified) override;
-    int GetColorValue(int index, float* out, int onlyIfModified) override;
-    int GetTextureValue(int index, char** out, int onlyIfModified) override;
-    int GetParameterHandle(int index) override;
-    int GetDefaultTexture(char** file) override;
-    int GetUseDefaultTexture(int* use) override;
-    int SetDefaultTexture(const char* file, int reload) override;
-    int SetUseDefaultTexture(int use) override;
-    int SetSecondTexture(const char* file) override;
-    int SetThirdTexture(const char* file) override;
-    void ResetModified(int index) override;
-    const QorShaderValueList* GetValueList() override { return &m_values; }
+    void UnStream(QorStreamer& streamer) final;
+    int GetNbParameters() final;
+    int GetParameterIndex(const char* name) final;
+    int SetColorValue(int index, const float* rgba) final;
+    int SetFloatValue(int index, float value) final;
+    int SetTextureValue(int index, const char* file, int reload) final;
+    const char* GetParameterName(int index) final;
+    QorIShaderValue* GetValue(int position) final;
+    int SetInterfaceTexture(const char* interfaceName, const char* member, const char* file, int reload) final;
+    int SetInterfaceColor(const char* interfaceName, const char* member, const float* values) final;
+    int SetInterfaceFloat(const char* interfaceName, const char* member, float value) final;
+    int GetInterfaceTexture(const char* interfaceName, const char* member, char** file) final;
+    int GetInterfaceColor(const char* interfaceName, const char* member, float** values) final;
+    int GetInterfaceFloat(const char* interfaceName, const char* member, float* value) final;
+    int GetNbInterfaceMembers(int interfaceIndex, int* count) final;
+    const char* GetInterfaceMemberName(int interfaceIndex, int member) final;
+    const char* GetInterfaceParameterName(int interfaceIndex, int member) final;
+    int FindInterface(const char* name, int* interfaceIndex) final;
+    int FindInterfaceMember(int interfaceIndex, const char* name, int* member) final;
+    int GetParameterType(int index) final;
+    int GetInterfaceMemberType(int interfaceIndex, int member, int* type) final;
+    int SetInterfaceTextureAt(int interfaceIndex, int member, const char* file, int reload) final;
+    int SetInterfaceColorAt(int interfaceIndex, int member, const float* values) final;
+    int SetInterfaceFloatAt(int interfaceIndex, int member, float value) final;
+    int GetInterfaceTextureAt(int interfaceIndex, int member, char** file) final;
+    int GetInterfaceColorAt(int interfaceIndex, int member, float** values) final;
+    int GetInterfaceFloatAt(int interfaceIndex, int member, float* value) final;
+    int GetFloatValue(int index, float* out, int onlyIfModified) final;
+    int GetColorValue(int index, float* out, int onlyIfModified) final;
+    int GetTextureValue(int index, char** out, int onlyIfModified) final;
+    int GetParameterHandle(int index) final;
+    int GetDefaultTexture(char** file) final;
+    int GetUseDefaultTexture(int* use) final;
+    int SetDefaultTexture(const char* file, int reload) final;
+    int SetUseDefaultTexture(int use) final;
+    int SetSecondTexture(const char* file) final;
+    int SetThirdTexture(const char* file) final;
+    void ResetModified(int index) final;
+    const QorShaderValueList* GetValueList() final { return &m_values; }
     /// Replaces or adds the record of an interface (owned from now on); 1. A back end
     /// without interfaces drops the record.
-    int SetInterface(const char* name, QorShaderInterfaceRecord* record) override;
+    int SetInterface(const char* name, QorShaderInterfaceRecord* record) final;
 
     /// The value at parameter index `index` (from 1); null when out of range or an empty place.
     QorMaterialValue* ValueAt(int index) const

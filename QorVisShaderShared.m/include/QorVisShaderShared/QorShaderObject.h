@@ -18,51 +18,51 @@
 class QorShaderObject : public QorIShader
 {
 public:
-    int Detach() override;
+    int Detach() final;
     /// Releases the effect, after taking this shader's values back from it when they are
     /// the ones it draws with.
-    void ReleaseEffect() override;
+    void ReleaseEffect() final;
     const QorString& GetPathName() override { return m_pathName; }
     const QorString& GetFileName() override { return m_fileName; }
-    int GetParameterIndex(const char* name) override;
-    int GetNbParameters() override;
-    int GetParameterType(int index) override;
-    const char* GetParameterName(int index) override;
+    int GetParameterIndex(const char* name) final;
+    int GetNbParameters() final;
+    int GetParameterType(int index) final;
+    const char* GetParameterName(int index) final;
     /// Index 0 reads the effect's technique; the set must exist all the same.
-    int GetParameterFloat(int index, float* value) override;
+    int GetParameterFloat(int index, float* value) final;
     /// Index 0 selects the effect's technique by position.
-    int SetParameterFloat(int index, float value) override;
+    int SetParameterFloat(int index, float value) final;
     /// -1 without a set or below index 1. The back end's profile says whether a value
     /// whose modified mark is set answers that mark with the outputs untouched.
-    int GetParameterColor(int index, float* r, float* g, float* b, float* a) override;
-    int SetParameterColor(int index, float r, float g, float b, float a) override;
+    int GetParameterColor(int index, float* r, float* g, float* b, float* a) final;
+    int SetParameterColor(int index, float r, float g, float b, float a) final;
     int Reserved1() override { return -1; }
     int Reserved2() override { return -1; }
     /// Copies the texture value's file name into `buffer` (QorMaxParameterStringLength
     /// bytes); -1 without a set or below index 1, else the profile's answer.
-    int GetParameterString(int index, char* buffer) override;
+    int GetParameterString(int index, char* buffer) final;
     /// Index 0 selects the effect's technique by name.
-    int SetParameterString(int index, const char* value) override;
+    int SetParameterString(int index, const char* value) final;
     /// Stores the name and its directory, finds the file (QorShaderSearch::FindShaderFile),
     /// reads it and gives its text to SetBuffer under the name, so that every shader given
     /// that name shares its effect. A file found nowhere leaves the shader as it was; one
     /// found but not readable too (printing "Shader %s not found \n" where the profile says).
-    void SetFileName(const QorString& name) override;
+    void SetFileName(const QorString& name) final;
     /// Rebuilds the values from the effect: a copy of its default set, compiled first when
     /// it has none, with the effect's interfaces connected in the copy.
-    bool GenerateParameters() override;
+    bool GenerateParameters() final;
     bool HasEffect() override { return m_effect != nullptr; }
-    bool UpdateLightModel(unsigned int lightModel) override;
+    bool UpdateLightModel(unsigned int lightModel) final;
     /// Shares the effect registered under `name` in the back end's registry (created at
     /// first use) and gives it the text.
-    void SetBuffer(const char* text, const char* name) override;
+    void SetBuffer(const char* text, const char* name) final;
     void SetBufferWithoutName(const char* text) override { SetBuffer(text, nullptr); }
-    char* GetBuffer() override;
+    char* GetBuffer() final;
     QorIShaderEffect* GetIShaderEffect() override { return m_effect; }
     QorIShaderEffect* GetIShaderEffect() const override { return m_effect; }
     QorIShaderParameters* GetIShaderParameters() override { return m_parameters; }
     QorIShaderParameters* GetIShaderParameters() const override { return m_parameters; }
-    void SetCurrentParameters() override;
+    void SetCurrentParameters() final;
     QorFxImplementation GetImplementation() override { return m_profile.implementation; }
     void Destroy() override { delete this; }
     /// Releases the effect and deletes the parameter set.
