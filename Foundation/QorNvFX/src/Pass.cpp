@@ -47,7 +47,10 @@ bool Pass::validate()
         const GLint location = glGetUniformLocation(m_program.get(), uniform->getName());
         if (location < 0)
             continue; // GL may drop what glslang kept; nothing to push then
-        m_bindings.push_back({uniform, location, 0});
+        const int index = static_cast<int>(m_bindings.size());
+        m_bindings.push_back({uniform, location, true});
+        m_pending.push_back(index);
+        uniform->watch(this, index);
         if (uniform->type().base == ValueBase::Sampler)
             m_textured.push_back(uniform);
     }
@@ -58,13 +61,12 @@ bool Pass::validate()
 
 void Pass::pushValues()
 {
-    for (Binding& binding : m_bindings) {
-        const unsigned int version = binding.uniform->version();
-        if (binding.pushedVersion != version) {
-            binding.uniform->push(binding.location);
-            binding.pushedVersion = version;
-        }
+    for (const int index : m_pending) {
+        Binding& binding = m_bindings[static_cast<std::size_t>(index)];
+        binding.uniform->push(binding.location);
+        binding.pending = false;
     }
+    m_pending.clear();
 }
 
 bool Pass::setup()

@@ -45,12 +45,22 @@ public:
     unsigned int getProgram() const override { return m_program.get(); }
     const char* getStageSource(Stage stage) const override;
 
+    /// The uniform of binding `index` changed: the next setup pushes it.
+    void uniformChanged(int index)
+    {
+        Binding& binding = m_bindings[static_cast<std::size_t>(index)];
+        if (!binding.pending) {
+            binding.pending = true;
+            m_pending.push_back(index);
+        }
+    }
+
 private:
     struct Binding
     {
-        Uniform* uniform;           // borrowed from the container
+        Uniform* uniform; // borrowed from the container
         int location;
-        unsigned int pushedVersion; // the uniform's version the program holds; 0: none yet
+        bool pending; // changed since the program got it; listed in m_pending
     };
 
     void pushValues();
@@ -60,6 +70,7 @@ private:
     GLObject m_program;
     bool m_refused = false; ///< GL refused the program once; it is not tried again
     std::vector<Binding> m_bindings;
+    std::vector<int> m_pending; ///< bindings to push at the next setup
     std::vector<Uniform*> m_textured; ///< samplers of m_bindings, for their textures
     RenderStateChange m_stateChange;
     int m_previousProgram = 0;

@@ -3,6 +3,8 @@
 
 #include "Uniform_p.h"
 
+#include "Pass_p.h"
+
 #include "nvFX/nvFX.h"
 
 #include "ConstantBuffer_p.h"
@@ -104,6 +106,12 @@ bool Uniform::refuse(const char* operation, const char* why) const
     nvFX::printf("nvFX: uniform '%s' (%s%s): %s: %s\n", m_name.c_str(), m_type.keyword, m_arraySize ? "[]" : "",
                  operation, why);
     return false;
+}
+
+void Uniform::tellWatchers() const
+{
+    for (const Watcher& watcher : m_watchers)
+        watcher.pass->uniformChanged(watcher.binding);
 }
 
 void Uniform::bufferChanged()

@@ -14,6 +14,7 @@
 namespace nvFX::detail {
 
 class ConstantBuffer;
+class Pass;
 
 class Uniform final : public IUniformEx
 {
@@ -46,8 +47,10 @@ public:
     const ValueType& type() const { return m_type; }
     /// Elements GL takes: the array size, or 1.
     int elements() const { return m_arraySize ? m_arraySize : 1; }
-    /// Counts changes, from 1, so a program that got version N needs no push until N+1.
-    unsigned int version() const { return m_version; }
+    /// `pass` holds this uniform as its binding `binding` and hears of each change, so that
+    /// its setup pushes only what changed. Passes and uniforms belong to one container,
+    /// which destroys its passes first.
+    void watch(Pass* pass, int binding) { m_watchers.push_back({pass, binding}); }
     void markUsed() { m_used = true; }
     /// The value by component: floats for float types, ints for the others.
     const float* floats() const { return m_floats; }
@@ -66,17 +69,25 @@ private:
     [[gnu::cold]] bool refuse(const char* operation, const char* why) const;
     void changed()
     {
-        ++m_version;
+        if (!m_watchers.empty())
+            tellWatchers();
         if (m_buffer)
             bufferChanged();
     }
+    void tellWatchers() const;
     void bufferChanged();
+
+    struct Watcher
+    {
+        Pass* pass; // borrowed: see watch
+        int binding;
+    };
 
     // What a setter and a push touch comes first, together.
     int m_vectorComponents; ///< components of a float or vecN uniform; 0 for other types
     const ValueType& m_type;
     int m_arraySize;
-    unsigned int m_version = 1;
+    std::vector<Watcher> m_watchers;
     Pusher m_pusher;
     ConstantBuffer* m_buffer; // borrowed: the buffer owns its members
     float* m_floats;          ///< m_inlineFloats or m_heapFloats.data()

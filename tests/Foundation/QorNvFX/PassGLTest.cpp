@@ -156,6 +156,15 @@ TEST_F(PassGLTest, QuadTakesItsColourFromValuesSetThroughTheInterface)
     glGetIntegerv(GL_ACTIVE_TEXTURE, &activeUnit);
     EXPECT_EQ(activeUnit, GL_TEXTURE5) << "binding the pattern left the caller's active unit";
     glActiveTexture(GL_TEXTURE0);
+
+    // One change reaches every pass that holds the uniform, each at its own setup.
+    nvFX::IPass& additive = *effect.findTechnique("Draw")->getExInterface()->findPass("Additive");
+    glClear(GL_COLOR_BUFFER_BIT);
+    ExpectNear(DrawWith(additive, gl), {64, 192, 255, 255});
+    ASSERT_TRUE(effect.findUniform("Colour")->setValue4f(1.0f, 0.0f, 0.0f, 1.0f));
+    ExpectNear(DrawWith(pass, gl), {191, 191, 64, 255});
+    glClear(GL_COLOR_BUFFER_BIT);
+    ExpectNear(DrawWith(additive, gl), {191, 191, 64, 255});
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
