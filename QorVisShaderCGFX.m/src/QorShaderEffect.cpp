@@ -69,7 +69,6 @@ void QorShaderEffect::Init()
     m_environmentState = QorEnvironmentNone;
     m_environmentInterface = nullptr;
     std::fill(std::begin(m_environmentMembers), std::end(m_environmentMembers), nullptr);
-    m_techniqueValidated = 0;
     m_bound = 0;
     ResetModel();
 }

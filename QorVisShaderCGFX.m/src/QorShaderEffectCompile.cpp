@@ -195,7 +195,6 @@ int QorShaderEffect::validateFromCurrentTechnique(bool fetchErrorText)
         if (!m_technique)
             return 0;
     }
-    m_techniqueValidated = 1;
     QorSeparateUnusedSamplerUnits(m_technique);
     return 1;
 }

@@ -137,7 +137,6 @@ private:
 
     unsigned int m_lightModel = 0;
     int m_needTanBin = 0;
-    unsigned char m_techniqueValidated = 0;
     unsigned char m_bound = 0;
     CGtechnique m_technique = nullptr;  // borrowed from m_effect
     int m_techniqueIndex = 0;
