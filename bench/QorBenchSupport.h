@@ -101,7 +101,8 @@ private:
 /// A fresh temporary folder laid out as the framework's graphic path: effects at its
 /// top, the samples' QorLighting.cgh under "shaders/". While it lives, "QorGraphicPath"
 /// and "QorTemp" name it and "QorStartupPath" is unset, so the library finds effects and
-/// includes there and nowhere else. Removed with its content.
+/// includes there and nowhere else; "QorShaderCache" is "", so GLSL effects are compiled
+/// from source, not read from a cache an earlier iteration filled. Removed with its content.
 class EffectFolder
 {
 public:
@@ -146,6 +147,7 @@ private:
     std::string m_path;
     bool m_ready = false;
     ScopedEnv m_startup{"QorStartupPath", nullptr};
+    ScopedEnv m_cache{"QorShaderCache", ""};
     std::optional<ScopedEnv> m_graphic;
     std::optional<ScopedEnv> m_temp;
 };

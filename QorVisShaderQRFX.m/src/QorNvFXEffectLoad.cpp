@@ -2,6 +2,7 @@
 // include callback, and selecting the first technique.
 #include "QorVisShaderQRFX/QorNvFXEffect.h"
 
+#include "QorNvFXCacheFolder.h"
 #include "QorNvFXCallbacks.h"
 
 #include "QorVisShaderShared/QorShaderSearch.h"
@@ -65,6 +66,7 @@ QorNvFXShaderParameters* QorNvFXEffect::Load()
     }
     nvFX::IContainer* container = nvFX::IContainer::create("Test");
     nvFX::setIncludeCallback(myIncludeCb);
+    QorNvFXUseCacheFolderOfEnvironment();
     if (!container)
         return nullptr;
     // The load always takes the buffer: an effect given only a file name, whose text

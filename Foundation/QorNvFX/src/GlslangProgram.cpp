@@ -2,6 +2,9 @@
 
 #include "nvFX/nvFX.h"
 
+#include "ProgramCache_p.h"
+
+#include <glslang/build_info.h>
 #include <glslang/Public/ResourceLimits.h>
 #include <glslang/Public/ShaderLang.h>
 
@@ -19,6 +22,12 @@ constexpr EShLanguage kLanguages[StageCount] = {EShLangVertex, EShLangFragment, 
 constexpr const char* kStageNames[StageCount] = {"vertex", "fragment", "geometry"};
 // A wall of messages from one broken stage says no more than its first few.
 constexpr int kMaxMessages = 20;
+#define QOR_STRINGIFY(x) #x
+#define QOR_VERSION_TEXT(a, b, c) QOR_STRINGIFY(a) "." QOR_STRINGIFY(b) "." QOR_STRINGIFY(c)
+constexpr const char* kGlslangVersion =
+    QOR_VERSION_TEXT(GLSLANG_VERSION_MAJOR, GLSLANG_VERSION_MINOR, GLSLANG_VERSION_PATCH) GLSLANG_VERSION_FLAVOR;
+#undef QOR_VERSION_TEXT
+#undef QOR_STRINGIFY
 
 // glslang's process-wide tables live until the process exits.
 void InitializeGlslang()
@@ -105,10 +114,8 @@ void CollectUsage(const glslang::TProgram& program, ProgramUsage& usage)
         usage.blocks.push_back(program.getUniformBlock(i).name);
 }
 
-} // namespace
-
-bool compileWithGlslang(const std::string (&stages)[StageCount], const EffectDescription& effect,
-                        SourceLocation passAt, const std::string& passLabel, ProgramUsage& usage)
+bool compileStages(const std::string (&stages)[StageCount], const EffectDescription& effect,
+                   SourceLocation passAt, const std::string& passLabel, ProgramUsage& usage)
 {
     InitializeGlslang();
     // The program must go before the shaders linked into it: declared after them.
@@ -139,6 +146,57 @@ bool compileWithGlslang(const std::string (&stages)[StageCount], const EffectDes
         return false;
     }
     CollectUsage(program, usage);
+    return true;
+}
+
+} // namespace
+
+std::string encodeProgramUsage(const ProgramUsage& usage)
+{
+    std::string bytes;
+    for (const std::vector<std::string>* names : {&usage.uniforms, &usage.blocks}) {
+        appendU32(bytes, static_cast<std::uint32_t>(names->size()));
+        for (const std::string& name : *names)
+            appendString(bytes, name);
+    }
+    return bytes;
+}
+
+bool decodeProgramUsage(std::string_view bytes, ProgramUsage& usage)
+{
+    ProgramUsage read;
+    for (std::vector<std::string>* names : {&read.uniforms, &read.blocks}) {
+        std::uint32_t count = 0;
+        if (!readU32(bytes, count) || count > bytes.size() / 4)
+            return false;
+        names->resize(count);
+        for (std::string& name : *names)
+            if (!readString(bytes, name))
+                return false;
+    }
+    if (!bytes.empty())
+        return false;
+    usage = std::move(read);
+    return true;
+}
+
+bool compileWithGlslang(const std::string (&stages)[StageCount], const EffectDescription& effect,
+                        SourceLocation passAt, const std::string& passLabel, ProgramUsage& usage)
+{
+    // glslang's verdict depends on the stage texts alone (includes are assembled into
+    // them) and on glslang itself. Only stages that compiled are stored: a failure is
+    // compiled again, so that its messages are printed again.
+    CacheKeyBuilder keyBuilder("glslang usage");
+    keyBuilder.add(kGlslangVersion);
+    for (const std::string& stage : stages)
+        keyBuilder.add(stage);
+    const CacheKey key = keyBuilder.finish();
+    std::string cached;
+    if (readCacheEntry(CacheKind::ProgramUsage, key, cached) && decodeProgramUsage(cached, usage))
+        return true;
+    if (!compileStages(stages, effect, passAt, passLabel, usage))
+        return false;
+    writeCacheEntry(CacheKind::ProgramUsage, key, encodeProgramUsage(usage));
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "EffectDescription_p.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nvFX::detail {
@@ -15,6 +16,10 @@ struct ProgramUsage
     std::vector<std::string> uniforms; ///< active uniforms and block members, no "[0]"
     std::vector<std::string> blocks;   ///< active uniform blocks
 };
+
+/// A usage as a cache entry holds it, and read back: false when `bytes` are not one.
+std::string encodeProgramUsage(const ProgramUsage& usage);
+bool decodeProgramUsage(std::string_view bytes, ProgramUsage& usage);
 
 /// Compiles the present stages (non-empty sources, indexed by StageIndex) and links
 /// them. On failure prints glslang's messages through nvFX::printf with the effect's

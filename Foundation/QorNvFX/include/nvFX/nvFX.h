@@ -27,6 +27,14 @@ void setIncludeCallback(IncludeCallback callback);
 /// effect; the container is left empty then. A null text fails too.
 bool loadEffect(IContainer* container, const char* text);
 
+/// Names the folder of a persistent cache of what loads compute (glslang's check of each
+/// pass, GL program binaries), for the whole process; null or "" turns it off, as it
+/// starts. A missing folder is made, readable by its owner only; a folder another user
+/// owns or may write to is refused with a message, and the cache stays off. Entries are
+/// keyed by everything they depend on; one that is missing, damaged or foreign is
+/// computed again from source. Returns whether the cache is on. Safe from any thread.
+bool setCacheFolder(const char* folder);
+
 /// Formats like std::printf and hands the result, as one message, to the message sink.
 /// Returns the message's length, or -1 when the format cannot be formatted.
 int printf(const char* format, ...);
