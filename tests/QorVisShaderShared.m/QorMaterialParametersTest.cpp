@@ -247,18 +247,20 @@ TYPED_TEST(QorMaterialParametersTest, ExtraTextureSlots)
 
 // The records a CgFX set writes, read by either road's set: names replace the set's,
 // values follow its own, read values mirror no parameter and count as modified; an
-// unknown type keeps its place empty.
+// unknown type keeps its place empty, a texture stored without its image has no file.
 TYPED_TEST(QorMaterialParametersTest, ReadsTheRecordsOfAParameterStream)
 {
     QorStreamer stream;
     stream.WriteInt(2, 0);
     stream.WriteString("Gloss");
     stream.WriteString("Base");
-    stream.WriteInt(3, 0);
+    stream.WriteInt(4, 0);
     stream.WriteInt(1, 0); // float
     stream.WriteInt(0x1234, 0);
     stream.WriteFloat(0.75f);
     stream.WriteInt(3, 0); // no kind
+    stream.WriteInt(4, 0); // a texture, its image in no container
+    stream.WriteInt(77, 0);
     stream.WriteInt(6, 0); // colour of three
     stream.WriteInt(0x5678, 0);
     const float rgb[4] = {0.1f, 0.2f, 0.3f, 0};
@@ -271,9 +273,12 @@ TYPED_TEST(QorMaterialParametersTest, ReadsTheRecordsOfAParameterStream)
     EXPECT_EQ(stream.GetRemainingSize(), 0u);
     ASSERT_EQ(set.GetNbParameters(), 3);
     EXPECT_STREQ(set.GetParameterName(2), "Base");
-    ASSERT_EQ(set.GetValueList()->size(), 8u) << "read values follow the ones there";
+    ASSERT_EQ(set.GetValueList()->size(), 9u) << "read values follow the ones there";
     EXPECT_EQ(set.ValueAtPosition(6), nullptr) << "the unknown record keeps its place";
-    QorMaterialValue* colour = set.ValueAtPosition(7);
+    EXPECT_EQ(set.ValueAtPosition(7)->Type(), 4);
+    const char* none = set.ValueAtPosition(7)->File();
+    EXPECT_TRUE(!none || !*none) << "a texture without its image keeps its place";
+    QorMaterialValue* colour = set.ValueAtPosition(8);
     EXPECT_EQ(colour->Type(), 6);
     EXPECT_FLOAT_EQ(colour->Components()[2], 0.3f);
     EXPECT_EQ(colour->Binding(), nullptr) << "a token never turns back into a parameter";

@@ -1,0 +1,189 @@
+// Texture values through the parameter stream: the image travels in the stream's
+// container and comes back as a file cached under "QorTemp"\ZPKResources in a folder named
+// by its content (or as a generated image). Streams are written on the CgFX road.
+#include "QorMaterialRoads.h"
+
+#include "QorSystem/QorFiles.h"
+#include "QorVisFoundation/QorPixelImageManager.h"
+#include "QorVisFoundation/QorResourceZPKContainer.h"
+#include "QorVisFoundation/QorStreamer.h"
+#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderTexture.h"
+
+#include <cstring>
+
+namespace {
+
+unsigned TextureCount(const std::string& name)
+{
+    const QorShaderTexture* texture = QorShaderManager::GetShaderTexture(name.c_str());
+    return texture ? texture->GetRefCount() : 0;
+}
+
+// A 2x2 RGBA PNG with distinct pixels; returns its path.
+std::string WritePng(const QorTempDir& folder, const char* fileName)
+{
+    QorTexturePixelImage::Ptr image(QorTexturePixelImage::Create("source", QorPixelRGBA8, 2, 2));
+    for (std::size_t i = 0; i < image->GetByteCount(); ++i)
+        image->GetPixels()[i] = static_cast<unsigned char>(1 + i * 13);
+    const std::string path = folder.File(fileName);
+    EXPECT_EQ(image->WriteToFile("PNG", path.c_str()), 0);
+    return path;
+}
+
+// `sources` holds wood.png; "QorTemp" names `cache`.
+class QorShaderTextureCacheTest : public testing::Test
+{
+protected:
+    /// A shader of two texture values, naming `first` and `second` ("" for none).
+    QorShaderPtr Textured(const std::string& first, const std::string& second = "")
+    {
+        QorShaderPtr shader(QorCgFXRoad::NewShader());
+        shader->SetBufferWithoutName("sampler2D first;\nsampler2D second;\ntechnique t { pass p {} }\n");
+        EXPECT_TRUE(shader->GenerateParameters());
+        if (!first.empty())
+            shader->GetIShaderParameters()->SetTextureValue(1, first.c_str(), 0);
+        if (!second.empty())
+            shader->GetIShaderParameters()->SetTextureValue(2, second.c_str(), 0);
+        return shader;
+    }
+    /// Streams the shader's values through `container` into a new set, which the fixture
+    /// keeps; the two texture names read ("<null>" for none).
+    std::pair<std::string, std::string> RoundTrip(QorIShader& shader, QorResourceZPKContainer& container)
+    {
+        QorStreamer out;
+        out.SetResourceZPKContainer(&container);
+        shader.GetIShaderParameters()->Stream(out);
+        QorStreamer in(out.GetBytes());
+        in.SetResourceZPKContainer(&container);
+        m_read.push_back(Textured(""));
+        QorIShaderParameters& read = *m_read.back()->GetIShaderParameters();
+        read.UnStream(in);
+        EXPECT_EQ(in.GetRemainingSize(), 0u);
+        EXPECT_EQ(read.GetValueList()->size(), 4u) << "a texture without an image keeps its place";
+        char *first = nullptr, *second = nullptr;
+        read.GetTextureValue(3, &first, 0);
+        read.GetTextureValue(4, &second, 0);
+        return {first ? first : "<null>", second ? second : "<null>"};
+    }
+
+    QorRegistryGuard registry;
+    QorTempDir sources;
+    QorTempDir cache;
+    const std::string png = WritePng(sources, "wood.png");
+    QorScopedEnv temp{"QorTemp", cache.Path().c_str()};
+    QorResourceZPKContainer container;
+    std::vector<QorShaderPtr> m_read;
+};
+
+} // namespace
+
+TEST_F(QorShaderTextureCacheTest, ATextureIsCachedUnderZPKResourcesInAFolderOfItsContent)
+{
+    QorShaderPtr shader = Textured(png);
+    const std::string cached = RoundTrip(*shader, container).first;
+    const std::string key = QorCacheKeyOf(cached, cache.Path(), "wood.png");
+    ASSERT_NE(key, "") << cached;
+    EXPECT_EQ(TextureCount(cached), 2u);
+    const std::string native = cache.File("ZPKResources/" + key + "/wood.png");
+    QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(native.c_str(), "cached"));
+    QorTexturePixelImage::Ptr original(QorTexturePixelImage::ReadFromFile(png.c_str(), "original"));
+    ASSERT_TRUE(written && original);
+    EXPECT_EQ(std::memcmp(written->GetPixels(), original->GetPixels(), original->GetByteCount()), 0);
+
+    // Read again: the listed image and its cached file are reused.
+    EXPECT_EQ(RoundTrip(*shader, container).first, cached);
+    EXPECT_EQ(QorTexturePixelImage::GetImageFromList(QorString(png.c_str()))->GetRefCount(), 3u)
+        << "the list's, the container's entry's and its look-up's: the streamed reference went back";
+}
+
+TEST_F(QorShaderTextureCacheTest, ImagesOfOtherPackagesOrPlantedFilesAreNeverTakenForThisOne)
+{
+    // Another package's image of the same file name, read with the same "QorTemp", and a
+    // file planted where the cache once looked: neither may stand for this package's image.
+    QorTempDir other;
+    const std::string otherPng = other.File("wood.png");
+    QorTexturePixelImage::Ptr black(QorTexturePixelImage::Create(QorString(otherPng.c_str()), QorPixelRGBA8, 3, 3));
+    ASSERT_EQ(black->WriteToFile("PNG", otherPng.c_str()), 0);
+    cache.Write("ZPKResources/wood.png", "planted");
+    QorResourceZPKContainer otherContainer;
+    QorShaderPtr otherShader = Textured(otherPng), shader = Textured(png);
+    const std::string theirs = RoundTrip(*otherShader, otherContainer).first;
+    const std::string mine = RoundTrip(*shader, container).first;
+    const std::string key = QorCacheKeyOf(mine, cache.Path(), "wood.png");
+    ASSERT_NE(key, "") << mine;
+    ASSERT_NE(QorCacheKeyOf(theirs, cache.Path(), "wood.png"), "") << theirs;
+    EXPECT_NE(mine, theirs);
+    QorTexturePixelImage::Ptr mineRead(QorTexturePixelImage::ReadFromFile(mine.c_str(), "mine"));
+    ASSERT_NE(mineRead, nullptr);
+    EXPECT_EQ(mineRead->GetWidth(), 2u) << "this package's own image, not the other one's 3 x 3";
+
+    // A cached file whose bytes were changed under the key is passed over, not taken.
+    QorTexturePixelImage::ClearList();
+    cache.Write("ZPKResources/" + key + "/wood.png", "changed");
+    EXPECT_EQ(RoundTrip(*shader, container).first, cache.Path() + "\\ZPKResources\\" + key + "-1\\wood.png");
+}
+
+TEST_F(QorShaderTextureCacheTest, AListedImageOfTheSameNameTakesTheStreamedOnesPlace)
+{
+    QorShaderPtr shader = Textured(png);
+    QorStreamer out;
+    out.SetResourceZPKContainer(&container);
+    shader->GetIShaderParameters()->Stream(out);
+    QorTexturePixelImage* listed = QorTexturePixelImage::Create(png.c_str(), QorPixelRGBA8, 1, 1);
+    QorTexturePixelImage::AddList(listed);
+    QorShaderPtr read = Textured("");
+    QorStreamer in(out.GetBytes());
+    in.SetResourceZPKContainer(&container);
+    read->GetIShaderParameters()->UnStream(in);
+    EXPECT_EQ(container.GetEntry(0)->image.get(), listed) << "the container holds the listed image";
+    char* file = nullptr;
+    read->GetIShaderParameters()->GetTextureValue(3, &file, 0);
+    QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(file, "cached"));
+    ASSERT_NE(written, nullptr);
+    EXPECT_EQ(written->GetWidth(), 1u) << "the cached file is the listed image";
+}
+
+TEST_F(QorShaderTextureCacheTest, ProceduralTexturesFillAGeneratedImage)
+{
+    for (QorPixelImageFormat format : {QorPixelRGBA8, QorPixelRGBAFloat}) {
+        const std::string name = format == QorPixelRGBA8 ? "noise.procedural" : "clouds.procedural";
+        QorTexturePixelImage* image = QorTexturePixelImage::Create(name.c_str(), format, 3, 2);
+        unsigned char* pixels = format == QorPixelRGBA8 ? image->GetPixels() : image->GetFloatPixels();
+        for (std::size_t i = 0; i < image->GetByteCount(); ++i)
+            pixels[i] = static_cast<unsigned char>(i * 7 + 1);
+        QorTexturePixelImage::AddList(image);
+        QorResourceZPKContainer each;
+        QorShaderPtr shader = Textured(name);
+        EXPECT_EQ(RoundTrip(*shader, each).first, name) << "the value keeps the image name";
+        EXPECT_EQ(TextureCount(name), 3u);
+        QorTexturePixelImage* generated = QorPixelImageManager::GetImage(name.c_str());
+        ASSERT_NE(generated, nullptr) << name;
+        const unsigned char* copied = format == QorPixelRGBA8 ? generated->GetPixels() : generated->GetFloatPixels();
+        EXPECT_EQ(std::memcmp(copied, pixels, image->GetByteCount()), 0) << name;
+        EXPECT_NE(QorFileAccess(cache.File("ZPKResources/" + name).c_str(), 0), 0) << "no file format PROCEDURAL";
+    }
+    // A smaller image generated earlier under the name is not written past.
+    QorPixelImageManager::Clear();
+    QorPixelImageManager::GenerateImage("noise.procedural", 1, 1, QorPixelRGBA8);
+    QorShaderPtr shader = Textured("noise.procedural");
+    RoundTrip(*shader, container);
+    EXPECT_EQ(QorPixelImageManager::GetImage("noise.procedural")->GetPixels()[0], 0);
+}
+
+TEST_F(QorShaderTextureCacheTest, WithoutACacheFolderTheImageNameIsKeptAndMissingImagesDegrade)
+{
+    const std::string missing = sources.File("missing.png");
+    for (const char* folder : {static_cast<const char*>(nullptr), "plain-file"}) {
+        SCOPED_TRACE(folder ? folder : "no QorTemp");
+        QorScopedEnv noCache("QorTemp", folder ? sources.Write(folder, "x").c_str() : nullptr);
+        QorShaderPtr shader = Textured(missing, png);
+        QorResourceZPKContainer each;
+        EXPECT_EQ(RoundTrip(*shader, each), std::make_pair(std::string("<null>"), png));
+        EXPECT_EQ(TextureCount(png), 3u) << "the source's, the read set's and the registry's";
+        EXPECT_EQ(TextureCount(missing), 2u) << "only the source holds it";
+        ASSERT_NE(QorTexturePixelImage::GetImageFromList(QorString(png.c_str())), nullptr) << "listed";
+        EXPECT_NE(QorFileAccess(sources.File("ZPKResources").c_str(), 0), 0);
+        m_read.clear();
+    }
+}
