@@ -35,36 +35,46 @@ std::string WritePng(const QorTempDir& folder, const char* fileName)
 class QorShaderTextureCacheTest : public testing::Test
 {
 protected:
-    /// A shader of two texture values, naming `first` and `second` ("" for none).
-    QorShaderPtr Textured(const std::string& first, const std::string& second = "")
+    /// A shader of one texture value per name, each naming it ("" for none).
+    QorShaderPtr Textured(const std::vector<std::string>& files)
     {
+        std::string text;
+        for (std::size_t i = 0; i < files.size(); ++i)
+            text += "sampler2D map" + std::to_string(i) + ";\n";
         QorShaderPtr shader(QorCgFXRoad::NewShader());
-        shader->SetBufferWithoutName("sampler2D first;\nsampler2D second;\ntechnique t { pass p {} }\n");
+        shader->SetBufferWithoutName((text + "technique t { pass p {} }\n").c_str());
         EXPECT_TRUE(shader->GenerateParameters());
-        if (!first.empty())
-            shader->GetIShaderParameters()->SetTextureValue(1, first.c_str(), 0);
-        if (!second.empty())
-            shader->GetIShaderParameters()->SetTextureValue(2, second.c_str(), 0);
+        for (std::size_t i = 0; i < files.size(); ++i)
+            if (!files[i].empty())
+                shader->GetIShaderParameters()->SetTextureValue(static_cast<int>(i) + 1, files[i].c_str(), 0);
         return shader;
     }
-    /// Streams the shader's values through `container` into a new set, which the fixture
-    /// keeps; the two texture names read ("<null>" for none).
-    std::pair<std::string, std::string> RoundTrip(QorIShader& shader, QorResourceZPKContainer& container)
+    /// Reads `bytes` into a new set of `count` texture values, which the fixture keeps;
+    /// the names read ("<null>" for none).
+    std::vector<std::string> Read(QorStreamer& in, std::size_t count)
+    {
+        m_read.push_back(Textured(std::vector<std::string>(count)));
+        QorIShaderParameters& read = *m_read.back()->GetIShaderParameters();
+        read.UnStream(in);
+        EXPECT_EQ(in.GetRemainingSize(), 0u);
+        EXPECT_EQ(read.GetValueList()->size(), 2 * count) << "a texture without an image keeps its place";
+        std::vector<std::string> files;
+        for (std::size_t i = 1; i <= count; ++i) {
+            char* file = nullptr;
+            read.GetTextureValue(static_cast<int>(count + i), &file, 0);
+            files.push_back(file ? file : "<null>");
+        }
+        return files;
+    }
+    /// Streams the shader's values through `container` and reads them back.
+    std::vector<std::string> RoundTrip(QorIShader& shader, QorResourceZPKContainer& container)
     {
         QorStreamer out;
         out.SetResourceZPKContainer(&container);
         shader.GetIShaderParameters()->Stream(out);
         QorStreamer in(out.GetBytes());
         in.SetResourceZPKContainer(&container);
-        m_read.push_back(Textured(""));
-        QorIShaderParameters& read = *m_read.back()->GetIShaderParameters();
-        read.UnStream(in);
-        EXPECT_EQ(in.GetRemainingSize(), 0u);
-        EXPECT_EQ(read.GetValueList()->size(), 4u) << "a texture without an image keeps its place";
-        char *first = nullptr, *second = nullptr;
-        read.GetTextureValue(3, &first, 0);
-        read.GetTextureValue(4, &second, 0);
-        return {first ? first : "<null>", second ? second : "<null>"};
+        return Read(in, shader.GetIShaderParameters()->GetValueList()->size());
     }
 
     QorRegistryGuard registry;
@@ -80,8 +90,8 @@ protected:
 
 TEST_F(QorShaderTextureCacheTest, ATextureIsCachedUnderZPKResourcesInAFolderOfItsContent)
 {
-    QorShaderPtr shader = Textured(png);
-    const std::string cached = RoundTrip(*shader, container).first;
+    QorShaderPtr shader = Textured({png});
+    const std::string cached = RoundTrip(*shader, container)[0];
     const std::string key = QorCacheKeyOf(cached, cache.Path(), "wood.png");
     ASSERT_NE(key, "") << cached;
     EXPECT_EQ(TextureCount(cached), 2u);
@@ -92,7 +102,7 @@ TEST_F(QorShaderTextureCacheTest, ATextureIsCachedUnderZPKResourcesInAFolderOfIt
     EXPECT_EQ(std::memcmp(written->GetPixels(), original->GetPixels(), original->GetByteCount()), 0);
 
     // Read again: the listed image and its cached file are reused.
-    EXPECT_EQ(RoundTrip(*shader, container).first, cached);
+    EXPECT_EQ(RoundTrip(*shader, container)[0], cached);
     EXPECT_EQ(QorTexturePixelImage::GetImageFromList(QorString(png.c_str()))->GetRefCount(), 3u)
         << "the list's, the container's entry's and its look-up's: the streamed reference went back";
 }
@@ -107,9 +117,9 @@ TEST_F(QorShaderTextureCacheTest, ImagesOfOtherPackagesOrPlantedFilesAreNeverTak
     ASSERT_EQ(black->WriteToFile("PNG", otherPng.c_str()), 0);
     cache.Write("ZPKResources/wood.png", "planted");
     QorResourceZPKContainer otherContainer;
-    QorShaderPtr otherShader = Textured(otherPng), shader = Textured(png);
-    const std::string theirs = RoundTrip(*otherShader, otherContainer).first;
-    const std::string mine = RoundTrip(*shader, container).first;
+    QorShaderPtr otherShader = Textured({otherPng}), shader = Textured({png});
+    const std::string theirs = RoundTrip(*otherShader, otherContainer)[0];
+    const std::string mine = RoundTrip(*shader, container)[0];
     const std::string key = QorCacheKeyOf(mine, cache.Path(), "wood.png");
     ASSERT_NE(key, "") << mine;
     ASSERT_NE(QorCacheKeyOf(theirs, cache.Path(), "wood.png"), "") << theirs;
@@ -121,25 +131,22 @@ TEST_F(QorShaderTextureCacheTest, ImagesOfOtherPackagesOrPlantedFilesAreNeverTak
     // A cached file whose bytes were changed under the key is passed over, not taken.
     QorTexturePixelImage::ClearList();
     cache.Write("ZPKResources/" + key + "/wood.png", "changed");
-    EXPECT_EQ(RoundTrip(*shader, container).first, cache.Path() + "\\ZPKResources\\" + key + "-1\\wood.png");
+    EXPECT_EQ(RoundTrip(*shader, container)[0], cache.Path() + "\\ZPKResources\\" + key + "-1\\wood.png");
 }
 
 TEST_F(QorShaderTextureCacheTest, AListedImageOfTheSameNameTakesTheStreamedOnesPlace)
 {
-    QorShaderPtr shader = Textured(png);
+    QorShaderPtr shader = Textured({png});
     QorStreamer out;
     out.SetResourceZPKContainer(&container);
     shader->GetIShaderParameters()->Stream(out);
     QorTexturePixelImage* listed = QorTexturePixelImage::Create(png.c_str(), QorPixelRGBA8, 1, 1);
     QorTexturePixelImage::AddList(listed);
-    QorShaderPtr read = Textured("");
     QorStreamer in(out.GetBytes());
     in.SetResourceZPKContainer(&container);
-    read->GetIShaderParameters()->UnStream(in);
+    const std::string file = Read(in, 1)[0];
     EXPECT_EQ(container.GetEntry(0)->image.get(), listed) << "the container holds the listed image";
-    char* file = nullptr;
-    read->GetIShaderParameters()->GetTextureValue(3, &file, 0);
-    QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(file, "cached"));
+    QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(file.c_str(), "cached"));
     ASSERT_NE(written, nullptr);
     EXPECT_EQ(written->GetWidth(), 1u) << "the cached file is the listed image";
 }
@@ -154,8 +161,8 @@ TEST_F(QorShaderTextureCacheTest, ProceduralTexturesFillAGeneratedImage)
             pixels[i] = static_cast<unsigned char>(i * 7 + 1);
         QorTexturePixelImage::AddList(image);
         QorResourceZPKContainer each;
-        QorShaderPtr shader = Textured(name);
-        EXPECT_EQ(RoundTrip(*shader, each).first, name) << "the value keeps the image name";
+        QorShaderPtr shader = Textured({name});
+        EXPECT_EQ(RoundTrip(*shader, each)[0], name) << "the value keeps the image name";
         EXPECT_EQ(TextureCount(name), 3u);
         QorTexturePixelImage* generated = QorPixelImageManager::GetImage(name.c_str());
         ASSERT_NE(generated, nullptr) << name;
@@ -166,7 +173,7 @@ TEST_F(QorShaderTextureCacheTest, ProceduralTexturesFillAGeneratedImage)
     // A smaller image generated earlier under the name is not written past.
     QorPixelImageManager::Clear();
     QorPixelImageManager::GenerateImage("noise.procedural", 1, 1, QorPixelRGBA8);
-    QorShaderPtr shader = Textured("noise.procedural");
+    QorShaderPtr shader = Textured({"noise.procedural"});
     RoundTrip(*shader, container);
     EXPECT_EQ(QorPixelImageManager::GetImage("noise.procedural")->GetPixels()[0], 0);
 }
@@ -177,13 +184,47 @@ TEST_F(QorShaderTextureCacheTest, WithoutACacheFolderTheImageNameIsKeptAndMissin
     for (const char* folder : {static_cast<const char*>(nullptr), "plain-file"}) {
         SCOPED_TRACE(folder ? folder : "no QorTemp");
         QorScopedEnv noCache("QorTemp", folder ? sources.Write(folder, "x").c_str() : nullptr);
-        QorShaderPtr shader = Textured(missing, png);
+        QorShaderPtr shader = Textured({missing, png});
         QorResourceZPKContainer each;
-        EXPECT_EQ(RoundTrip(*shader, each), std::make_pair(std::string("<null>"), png));
+        EXPECT_EQ(RoundTrip(*shader, each), (std::vector<std::string>{"<null>", png}));
         EXPECT_EQ(TextureCount(png), 3u) << "the source's, the read set's and the registry's";
         EXPECT_EQ(TextureCount(missing), 2u) << "only the source holds it";
         ASSERT_NE(QorTexturePixelImage::GetImageFromList(QorString(png.c_str())), nullptr) << "listed";
         EXPECT_NE(QorFileAccess(sources.File("ZPKResources").c_str(), 0), 0);
         m_read.clear();
     }
+}
+
+TEST_F(QorShaderTextureCacheTest, TextureNamesLikePathsAreCachedOnlyUnderZPKResources)
+{
+    const std::vector<std::string> names = {"../../escape.png", "/abs/folder/absolute.png", "C:\\textures\\drive.png",
+                                            "..\\..\\windows.png", "C:relative.png"};
+    const std::string package = sources.File("hostile.zpk");
+    {
+        for (const std::string& name : names)
+            QorTexturePixelImage::AddList(QorTexturePixelImage::ReadFromFile(png.c_str(), QorString(name.c_str())));
+        QorShaderPtr shader = Textured(names);
+        QorStreamer stream;
+        stream.SetResourceZPKContainer(&container);
+        shader->GetIShaderParameters()->Stream(stream);
+        ASSERT_EQ(container.GetEntryCount(), 5);
+        ASSERT_EQ(container.SaveToFile(package.c_str(), stream, nullptr), 0);
+    }
+    QorTexturePixelImage::ClearList();
+    QorResourceZPKContainer loaded;
+    QorStreamer stream;
+    std::string error;
+    ASSERT_EQ(loaded.LoadFromFile(package.c_str(), stream, &error), 0) << error;
+    Read(stream, names.size());
+    // The five images are alike, so they share one content folder.
+    const std::vector<std::string> content = QorFolderContent(cache.Path());
+    ASSERT_EQ(content.size(), 7u);
+    const std::string key = content[1];
+    EXPECT_EQ(content, (std::vector<std::string>{"ZPKResources", key, key + "/C:relative.png", key + "/absolute.png",
+                                                 key + "/drive.png", key + "/escape.png", key + "/windows.png"}));
+    EXPECT_EQ(QorFileAccess("/abs/folder/absolute.png", 0), -1);
+    EXPECT_EQ(QorFileAccess("../../escape.png", 0), -1);
+    QorTexturePixelImage::Ptr escaped(QorTexturePixelImage::ReadFromFile(cache.File(key + "/escape.png").c_str(), "x"));
+    ASSERT_NE(escaped, nullptr);
+    EXPECT_EQ(escaped->GetWidth(), 2u);
 }
