@@ -228,3 +228,20 @@ TEST_F(QorShaderTextureCacheTest, TextureNamesLikePathsAreCachedOnlyUnderZPKReso
     ASSERT_NE(escaped, nullptr);
     EXPECT_EQ(escaped->GetWidth(), 2u);
 }
+
+// The format a cached image is written in comes from its name's extension.
+TEST(QorShaderTextureExtensionTest, TheExtensionNamesTheImageFormat)
+{
+    const auto extension = [](const char* name) {
+        return std::string(QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(name)).c_str());
+    };
+    EXPECT_EQ(extension("a/b/wood.jpg"), "JPEG");
+    EXPECT_EQ(extension("wood.Tif"), "TIFF");
+    EXPECT_EQ(extension("wood.tif.3"), "TIFF");
+    EXPECT_EQ(extension("C:\\maps\\wood.png"), "PNG");
+    EXPECT_EQ(extension("wood.jpeg"), "JPEG");
+    EXPECT_EQ(extension("wood"), "");
+    EXPECT_EQ(extension(""), "");
+    EXPECT_EQ(extension("wood.12"), "12") << "a number with no earlier dot stays";
+    EXPECT_EQ(extension("noise.procedural"), "PROCEDURAL");
+}
