@@ -4,9 +4,7 @@
 
 #include "QorVisFoundation/QorStreamer.h"
 
-template <typename Road>
-using QorMaterialEffectTest = QorMaterialTest<Road>;
-TYPED_TEST_SUITE(QorMaterialEffectTest, QorMaterialRoads);
+QOR_MATERIAL_SUITE(QorMaterialEffectTest);
 
 TYPED_TEST(QorMaterialEffectTest, SharedByNameUntilTheLastRelease)
 {

@@ -23,9 +23,7 @@ unsigned TextureCount(const char* name)
 
 } // namespace
 
-template <typename Road>
-using QorMaterialParametersTest = QorMaterialTest<Road>;
-TYPED_TEST_SUITE(QorMaterialParametersTest, QorMaterialRoads);
+QOR_MATERIAL_SUITE(QorMaterialParametersTest);
 
 TYPED_TEST(QorMaterialParametersTest, IndexesCountFromOneAndReadsAndWritesCheckIndexAndKind)
 {
@@ -92,7 +90,7 @@ TYPED_TEST(QorMaterialParametersTest, IndexesCountFromOneAndReadsAndWritesCheckI
         if (reported) {
             EXPECT_EQ(sink.Records()[0].message, "Overlapping memory");
             EXPECT_EQ(sink.Records()[0].source, profile.setSource);
-            EXPECT_EQ(sink.Records()[0].line, profile.overlapLine);
+            EXPECT_EQ(sink.Records()[0].line, TypeParam::kOverlapLine);
         }
     }
 }

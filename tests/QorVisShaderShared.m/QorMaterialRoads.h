@@ -28,6 +28,7 @@ struct QorCgFXRoad
 {
     static QorIShader* NewShader() { return QorCreateCgFXShader(); }
     static constexpr QorFxImplementation kImplementation = QorFxCgFX;
+    static constexpr int kOverlapLine = 1044; ///< where its set reports a misplaced GetValue
     static constexpr const char* kExtension = ".cgfx";
     static constexpr const char* kMaterial = R"(
 float gloss < float UIMin = 2; float UIMax = 8; > = 0.5;
@@ -54,6 +55,7 @@ struct QorQRFXRoad
 {
     static QorIShader* NewShader() { return QorCreateQRFXShader(); }
     static constexpr QorFxImplementation kImplementation = QorFxQRFX;
+    static constexpr int kOverlapLine = 700;
     static constexpr const char* kExtension = ".glslfx";
     static constexpr const char* kMaterial = R"(
 uniform float gloss < UIMin = 2; UIMax = 8; > = 0.5;
@@ -127,3 +129,9 @@ protected:
     QorScopedEnv startup{"QorStartupPath", nullptr};
     QorScopedEnv graphic{"QorGraphicPath", nullptr};
 };
+
+/// Declares `Suite`, a typed suite of QorMaterialTest run on both roads.
+#define QOR_MATERIAL_SUITE(Suite)                                                                                      \
+    template <typename Road>                                                                                           \
+    using Suite = QorMaterialTest<Road>;                                                                               \
+    TYPED_TEST_SUITE(Suite, QorMaterialRoads)

@@ -2,9 +2,7 @@
 // sharing the effect, the values, the technique pseudo-parameter, clones and releases.
 #include "QorMaterialRoads.h"
 
-template <typename Road>
-using QorShaderObjectTest = QorMaterialTest<Road>;
-TYPED_TEST_SUITE(QorShaderObjectTest, QorMaterialRoads);
+QOR_MATERIAL_SUITE(QorShaderObjectTest);
 
 TYPED_TEST(QorShaderObjectTest, WithoutEffectOrParametersQueriesAnswerNeutrally)
 {
@@ -50,7 +48,8 @@ TYPED_TEST(QorShaderObjectTest, FindsItsFileAlongTheSearchPathsAndSharesTheEffec
     QorShaderPtr found = loaded("under_shaders" + ext);
     ASSERT_TRUE(found->HasEffect());
     EXPECT_STREQ(found->GetBuffer(), material);
-    EXPECT_STREQ(found->GetIShaderEffect()->GetName(), ("under_shaders" + ext).c_str()) << "shared under the name as given";
+    EXPECT_STREQ(found->GetIShaderEffect()->GetName(), ("under_shaders" + ext).c_str())
+        << "shared under the name as given";
 
     std::string direct = elsewhere.Write("direct" + ext, material);
     for (char& c : direct)
