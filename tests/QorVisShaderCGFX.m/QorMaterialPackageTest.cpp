@@ -3,8 +3,7 @@
 // shaders, which must come back equal.
 #include "CgFXShader.h"
 
-#include "QorCgTestSupport.h"
-#include "QorSystem/QorFiles.h"
+#include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
@@ -164,51 +163,4 @@ TEST(QorMaterialPackageTest, TwoSampleMaterialsComeBackEqualFromASavedPackage)
     ImagePtr original = Checker("checker");
     ASSERT_EQ(copy->GetByteCount(), original->GetByteCount());
     EXPECT_EQ(std::memcmp(copy->GetPixels(), original->GetPixels(), original->GetByteCount()), 0);
-}
-
-TEST(QorMaterialPackageTest, TextureNamesLikePathsAreCachedOnlyUnderZPKResources)
-{
-    QorRegistryGuard registry;
-    QorTempDir root;
-    const std::string cache = root.File("cache");
-    std::filesystem::create_directories(cache);
-    QorScopedEnv temp("QorTemp", cache.c_str());
-    const char* names[] = {"../../escape.png", "/abs/folder/absolute.png", "C:\\textures\\drive.png",
-                           "..\\..\\windows.png", "C:relative.png"};
-    const std::string package = root.File("hostile.zpk");
-    {
-        QorCgTestEffect cg;
-        QorShaderParameters set;
-        for (const char* name : names) {
-            QorTexturePixelImage::AddList(Checker(name).release());
-            set.AddTextureParameter(cg.Parameter("diffuse"), name);
-        }
-        QorResourceZPKContainer container;
-        QorStreamer stream;
-        stream.SetResourceZPKContainer(&container);
-        set.Stream(stream);
-        ASSERT_EQ(container.GetEntryCount(), 5);
-        ASSERT_EQ(container.SaveToFile(package.c_str(), stream, nullptr), 0);
-    }
-    QorTexturePixelImage::ClearList();
-
-    QorResourceZPKContainer container;
-    QorStreamer stream;
-    std::string error;
-    ASSERT_EQ(container.LoadFromFile(package.c_str(), stream, &error), 0) << error;
-    QorShaderParameters read;
-    read.UnStream(stream);
-    ASSERT_EQ(read.GetValueList()->size(), 5u);
-    // The five images are alike, so they share one content folder.
-    const std::vector<std::string> content = QorFolderContent(root.Path());
-    ASSERT_EQ(content.size(), 9u);
-    const std::string key = "cache/ZPKResources/" + content[2].substr(content[2].rfind('/') + 1);
-    EXPECT_EQ(content, (std::vector<std::string>{"cache", "cache/ZPKResources", key, key + "/C:relative.png",
-                                                 key + "/absolute.png", key + "/drive.png", key + "/escape.png",
-                                                 key + "/windows.png", "hostile.zpk"}));
-    EXPECT_EQ(QorFileAccess("/abs/folder/absolute.png", 0), -1);
-    EXPECT_EQ(QorFileAccess("../../escape.png", 0), -1);
-    ImagePtr escaped(QorTexturePixelImage::ReadFromFile(root.File(key + "/escape.png").c_str(), "escape"));
-    ASSERT_NE(escaped, nullptr);
-    EXPECT_EQ(escaped->GetPixels()[5], Checker("x")->GetPixels()[5]);
 }

@@ -25,25 +25,7 @@ public:
     QorOGLRender* Renderer() const { return m_renderer; }
 };
 
-std::string Extension(const char* name)
-{
-    return QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(name)).c_str();
-}
-
 } // namespace
-
-TEST(QorShaderManagerTest, TextureExtensionNamesTheImageFormat)
-{
-    EXPECT_EQ(Extension("a/b/wood.jpg"), "JPEG");
-    EXPECT_EQ(Extension("wood.Tif"), "TIFF");
-    EXPECT_EQ(Extension("wood.tif.3"), "TIFF");
-    EXPECT_EQ(Extension("C:\\maps\\wood.png"), "PNG");
-    EXPECT_EQ(Extension("wood.jpeg"), "JPEG");
-    EXPECT_EQ(Extension("wood"), "");
-    EXPECT_EQ(Extension(""), "");
-    EXPECT_EQ(Extension("wood.12"), "12") << "a number with no earlier dot stays";
-    EXPECT_EQ(Extension("noise.procedural"), "PROCEDURAL");
-}
 
 TEST(QorShaderManagerTest, DriverHelpers)
 {

@@ -200,20 +200,3 @@ TEST(QorNvFXEffectTest, IncludesComeFromTheShadersFoldersOfTheSearchPaths)
     EXPECT_EQ(missing.messages.rfind("gone.glslfxh", 0), 0u) << "the name itself, as the last path tried: "
                                                             << missing.messages;
 }
-
-TEST(QorNvFXEffectTest, EffectsAreSharedByNameUntilTheLastRelease)
-{
-    QorNvFXEffect* first = QorNvFXEffect::AddShaderEffect("shared.glslfx");
-    QorNvFXEffect* second = QorNvFXEffect::AddShaderEffect("shared.glslfx");
-    EXPECT_EQ(first, second);
-    EXPECT_STREQ(first->GetName(), "shared.glslfx");
-    QorNvFXEffect* unnamed = QorNvFXEffect::AddShaderEffect(nullptr);
-    EXPECT_NE(unnamed, first) << "no name: an effect of its own";
-    unnamed->Release();
-    EXPECT_EQ(first->Release(), 1u) << "still held";
-    EXPECT_EQ(QorNvFXEffect::AddShaderEffect("shared.glslfx"), first);
-    first->Release();
-    EXPECT_EQ(first->Release(), 0u);
-    QorNvFXEffect* fresh = QorNvFXEffect::AddShaderEffect("shared.glslfx");
-    EXPECT_EQ(fresh->Release(), 0u) << "a new effect after the last release";
-}
