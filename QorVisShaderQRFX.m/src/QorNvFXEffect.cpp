@@ -53,6 +53,9 @@ void QorNvFXEffect::retireContainer()
         m_retiredContainers.push_back(m_container);
     m_container = nullptr;
     SetPushable(false);
+    // The selected set's values mirror the retired container's uniforms: an upload
+    // through them would write where nothing draws. Its shader selects a set again.
+    SelectParameters(nullptr);
     m_technique = nullptr;
     ForgetFeeds(QorFeedProjection, QorFeedCount);
     std::fill(std::begin(m_named), std::end(m_named), nullptr);

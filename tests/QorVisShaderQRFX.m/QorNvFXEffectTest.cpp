@@ -147,6 +147,14 @@ TEST(QorNvFXEffectTest, TechniquesAndTheLightMask)
         EXPECT_EQ(effect.GetLightCount(), c.lights) << std::hex << c.mask;
     }
 
+    // A load again forgets the selected set: its values mirror the retired uniforms.
+    QorNvFXShaderParameters selected;
+    effect.SelectParameters(&selected);
+    testing::internal::CaptureStdout();
+    ASSERT_NE(effect.Load(), nullptr);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(effect.GetIShaderParameters(), nullptr);
+
     LoadedEffect unloaded("not an effect");
     technique[0] = 3;
     unloaded.effect->Init();
