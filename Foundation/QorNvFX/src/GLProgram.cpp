@@ -5,9 +5,12 @@
 
 #include "nvFX/nvFX.h"
 
+#include "ProgramCache_p.h"
+
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <cstring>
 #include <vector>
 
 namespace nvFX::detail {
@@ -27,9 +30,55 @@ std::string InfoLog(GLuint object, GetLength getLength, GetLog getLog)
     return log.data();
 }
 
-} // namespace
+const char* GLText(GLenum name)
+{
+    const GLubyte* text = glGetString(name);
+    return text ? reinterpret_cast<const char*>(text) : "";
+}
 
-GLObject buildGLProgram(const std::string (&stages)[StageCount], const std::string& label)
+// A binary is good only for the driver that wrote it, and for the very same stages.
+CacheKey BinaryKey(const std::string (&stages)[StageCount])
+{
+    CacheKeyBuilder key("GL program binary");
+    key.add(GLText(GL_VENDOR)).add(GLText(GL_RENDERER)).add(GLText(GL_VERSION));
+    for (const std::string& stage : stages)
+        key.add(stage);
+    return key.finish();
+}
+
+// The program of a cached binary; empty when the driver does not take it back.
+GLObject ProgramOfBinary(std::string_view payload)
+{
+    std::uint32_t format = 0;
+    if (!readU32(payload, format) || payload.empty())
+        return GLObject();
+    GLObject program(glCreateProgram(), deleteGLProgram);
+    if (!program)
+        return program;
+    glProgramBinary(program.get(), format, payload.data(), static_cast<GLsizei>(payload.size()));
+    GLint linked = GL_FALSE;
+    glGetProgramiv(program.get(), GL_LINK_STATUS, &linked);
+    return linked ? std::move(program) : GLObject();
+}
+
+void StoreBinary(GLuint program, const CacheKey& key)
+{
+    GLint length = 0;
+    glGetProgramiv(program, GL_PROGRAM_BINARY_LENGTH, &length);
+    if (length <= 0)
+        return;
+    std::string binary(static_cast<std::size_t>(length), '\0');
+    GLenum format = 0;
+    glGetProgramBinary(program, length, &length, &format, binary.data());
+    if (length <= 0)
+        return;
+    binary.resize(static_cast<std::size_t>(length));
+    std::string payload;
+    appendU32(payload, format);
+    writeCacheEntry(CacheKind::ProgramBinary, key, payload + binary);
+}
+
+GLObject CompileAndLink(const std::string (&stages)[StageCount], const std::string& label, bool retrievable)
 {
     GLObject program(glCreateProgram(), deleteGLProgram);
     if (!program) {
@@ -54,6 +103,8 @@ GLObject buildGLProgram(const std::string (&stages)[StageCount], const std::stri
         }
         glAttachShader(program.get(), shaders[stage].get());
     }
+    if (retrievable)
+        glProgramParameteri(program.get(), GL_PROGRAM_BINARY_RETRIEVABLE_HINT, GL_TRUE);
     glLinkProgram(program.get());
     GLint linked = GL_FALSE;
     glGetProgramiv(program.get(), GL_LINK_STATUS, &linked);
@@ -62,6 +113,29 @@ GLObject buildGLProgram(const std::string (&stages)[StageCount], const std::stri
                      InfoLog(program.get(), glGetProgramiv, glGetProgramInfoLog).c_str());
         return GLObject();
     }
+    return program;
+}
+
+} // namespace
+
+GLObject buildGLProgram(const std::string (&stages)[StageCount], const std::string& label)
+{
+    // Asked only of a driver that offers binaries: the query would leave an error behind.
+    GLint formats = 0;
+    if (cacheIsOn() && std::strstr(GLText(GL_EXTENSIONS), "GL_ARB_get_program_binary"))
+        glGetIntegerv(GL_NUM_PROGRAM_BINARY_FORMATS, &formats);
+    if (formats <= 0)
+        return CompileAndLink(stages, label, false);
+    const CacheKey key = BinaryKey(stages);
+    std::string payload;
+    if (readCacheEntry(CacheKind::ProgramBinary, key, payload)) {
+        if (GLObject program = ProgramOfBinary(payload))
+            return program;
+        nvFX::printf("%s: the driver did not take the cached program back; compiled from source\n", label.c_str());
+    }
+    GLObject program = CompileAndLink(stages, label, true);
+    if (program)
+        StoreBinary(program.get(), key);
     return program;
 }
 

@@ -202,6 +202,11 @@ bool decodeCacheEntry(std::string_view bytes, CacheKind kind, const CacheKey& ke
     return true;
 }
 
+bool cacheIsOn()
+{
+    return !CurrentFolder().empty();
+}
+
 bool readCacheEntry(CacheKind kind, const CacheKey& key, std::string& payload)
 {
     const std::string folder = CurrentFolder();

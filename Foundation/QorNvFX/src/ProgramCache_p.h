@@ -38,6 +38,9 @@ std::string encodeCacheEntry(CacheKind kind, const CacheKey& key, std::string_vi
 bool decodeCacheEntry(std::string_view bytes, CacheKind kind, const CacheKey& key, std::string& payload,
                       std::string& why);
 
+/// Whether a cache folder is in use: what is costly to gather for an entry is gathered
+/// only then.
+bool cacheIsOn();
 /// Reads the entry of `key` from the cache folder: false when there is no folder, no
 /// entry, or an entry that is not trusted (the load then computes what it needs from
 /// source; a message says why an existing entry was passed over).
