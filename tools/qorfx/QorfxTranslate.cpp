@@ -14,9 +14,7 @@
 using nlohmann::json;
 namespace fs = std::filesystem;
 
-namespace {
-
-json ReportJson(const std::string& effect, const QorCgFXTranslation& translation)
+json QorfxTranslationJson(const std::string& effect, const QorCgFXTranslation& translation)
 {
     json report = {{"effect", effect},
                    {"translated", translation.translated},
@@ -38,38 +36,36 @@ json ReportJson(const std::string& effect, const QorCgFXTranslation& translation
     return report;
 }
 
-void PrintReport(const json& report)
+void QorfxPrintTranslation(const json& report, const char* indent)
 {
-    std::printf("%s", report["effect"].get<std::string>().c_str());
-    if (report.contains("written"))
-        std::printf(" -> %s", report["written"].get<std::string>().c_str());
-    std::printf("\n");
     for (const json& technique : report["techniques"]) {
         if (technique["translated"]) {
             std::string passes;
             for (const json& pass : technique["passes"])
                 passes += (passes.empty() ? "" : ", ") + pass.get<std::string>();
-            std::printf("  technique %s: translated (passes %s)\n", technique["name"].get<std::string>().c_str(),
+            std::printf("%stechnique %s: translated (passes %s)\n", indent, technique["name"].get<std::string>().c_str(),
                         passes.c_str());
         } else {
-            std::printf("  technique %s: left out\n    %s\n", technique["name"].get<std::string>().c_str(),
-                        technique["why"].get<std::string>().c_str());
+            std::printf("%stechnique %s: left out\n%s  %s\n", indent, technique["name"].get<std::string>().c_str(),
+                        indent, technique["why"].get<std::string>().c_str());
         }
     }
     std::string parameters;
     for (const json& name : report["parameters"])
         parameters += (parameters.empty() ? "" : ", ") + name.get<std::string>();
     if (report["translated"])
-        std::printf("  parameters carried: %s\n", parameters.empty() ? "none" : parameters.c_str());
+        std::printf("%sparameters carried: %s\n", indent, parameters.empty() ? "none" : parameters.c_str());
     for (const json& state : report["droppedStates"])
-        std::printf("  state dropped: %s in pass %s of %s (%s): the GLSL effect runtime has no such state\n",
-                    state["state"].get<std::string>().c_str(), state["pass"].get<std::string>().c_str(),
+        std::printf("%sstate dropped: %s in pass %s of %s (%s): the GLSL effect runtime has no such state\n",
+                    indent, state["state"].get<std::string>().c_str(), state["pass"].get<std::string>().c_str(),
                     state["technique"].get<std::string>().c_str(), state["where"].get<std::string>().c_str());
     for (const json& note : report["notes"])
-        std::printf("  note: %s\n", note.get<std::string>().c_str());
+        std::printf("%snote: %s\n", indent, note.get<std::string>().c_str());
     for (const json& error : report["errors"])
-        std::printf("  error: %s\n", error.get<std::string>().c_str());
+        std::printf("%serror: %s\n", indent, error.get<std::string>().c_str());
 }
+
+namespace {
 
 // Translates one effect file and writes its translation; the report says what happened.
 json TranslateOne(const std::string& path, const QorCgFXTranslator& translator, const QorfxTranslateOptions& options)
@@ -78,7 +74,7 @@ json TranslateOne(const std::string& path, const QorCgFXTranslator& translator, 
     if (!QorReadRegularFile(path.c_str(), source, kQorfxMaxSourceBytes, &why)) {
         QorCgFXTranslation failed;
         failed.errors.push_back(path + ": cannot read the effect (" + why + ")");
-        return ReportJson(path, failed);
+        return QorfxTranslationJson(path, failed);
     }
     // Includes are found as the CgFX road finds them from the effect's folder.
     QorfxAddSearchFolders(path);
@@ -88,7 +84,7 @@ json TranslateOne(const std::string& path, const QorCgFXTranslator& translator, 
         QorfxStdoutSilencer silence;
         translation = translator.TranslateText(fs::path(path).filename().string(), source);
     }
-    json report = ReportJson(path, translation);
+    json report = QorfxTranslationJson(path, translation);
     if (!translation.translated)
         return report;
     const std::string output = (fs::path(options.folder) / fs::path(path).stem()).string() + ".glslfx";
@@ -161,8 +157,12 @@ int QorfxTranslate(const std::vector<std::string>& effects, const QorfxTranslate
             std::fprintf(stderr, "qorfx: translating %zu/%zu %s\n", at + 1, effects.size(), effects[at].c_str());
         reports.push_back(TranslateOne(effects[at], translator, options));
         whole = whole && reports.back()["whole"].get<bool>();
-        if (!options.json)
-            PrintReport(reports.back());
+        if (!options.json) {
+            const json& report = reports.back();
+            std::printf("%s%s\n", report["effect"].get<std::string>().c_str(),
+                        report.contains("written") ? (" -> " + report["written"].get<std::string>()).c_str() : "");
+            QorfxPrintTranslation(report, "  ");
+        }
     }
     if (options.json)
         std::printf("%s\n", QorfxJsonText(json(reports)).c_str());

@@ -6,8 +6,12 @@
 
 #include "QorfxStage.h"
 
+#include <nlohmann/json.hpp>
+
 #include <string>
 #include <vector>
+
+struct QorCgFXTranslation;
 
 struct QorfxTranslateOptions
 {
@@ -21,3 +25,11 @@ struct QorfxTranslateOptions
 /// translated whole (every technique, every pass state), 1 when anything was left out or
 /// failed or a file could not be written, 2 on bad usage.
 int QorfxTranslate(const std::vector<std::string>& effects, const QorfxTranslateOptions& options);
+
+/// The report of one translation of `effect`: {effect, translated, whole, techniques:
+/// [{name, translated, passes, why}], parameters, droppedStates: [{technique, pass, state,
+/// where}], notes, errors}.
+nlohmann::json QorfxTranslationJson(const std::string& effect, const QorCgFXTranslation& translation);
+
+/// The same report as readable lines, each after `indent`.
+void QorfxPrintTranslation(const nlohmann::json& report, const char* indent);

@@ -166,6 +166,8 @@ int Run(int argc, char** argv)
     migrate->add_flag("--json", migration.json, "Print the report as JSON");
     migrate->add_option("--preview", migration.preview, "Contact sheet of each material before and after");
     migrate->add_option("--size", previewSize, "Tile size WxH of the preview (1 to 4096 each)");
+    migrate->add_flag("--translate", migration.translate,
+                      "Translate the CgFX source a document carries where no twin is found, and migrate onto it");
     addPath(migrate);
 
     std::vector<std::string> translateInputs;
