@@ -156,6 +156,8 @@ bool QorCgGlslProgram::Parse(const std::string& text, std::string& why)
             continue;
         }
         const std::string trimmed = Trim(line);
+        if (!versionSeen && trimmed.compare(0, 2, "//") == 0)
+            continue; // Cg's header: the compiler, the profile, the parameter map
         if (trimmed.compare(0, 8, "#version") == 0) {
             // Cg writes one version line before the code; the effect format sets its own.
             if (versionSeen) {

@@ -119,6 +119,11 @@ std::string QorTranslatePasses::Program(CGpass pass, CGdomain domain, const std:
               cgGetProfileString(stage->profile) + ":\n" + Listing();
         return "";
     }
+    if (domain == CG_GEOMETRY_DOMAIN && std::strstr(compiled, "GL_EXT_geometry_shader4")) {
+        why = "its Geometry program: Cg writes geometry programs for GL_EXT_geometry_shader4 (gl_PositionIn, "
+              "gl_TexCoordIn), which the GLSL effect runtime's compiler does not take";
+        return "";
+    }
     auto parsed = std::make_unique<QorCgGlslProgram>();
     std::map<std::string, std::string> names;
     if (!parsed->Parse(compiled, why) || !m_scope.MapProgram(*parsed, names, why)) {

@@ -151,7 +151,7 @@ bool QorTranslateScope::DeclareStructure(CGparameter parameter, int order, std::
         const char* scalar = ScalarOf(cgGetParameterBaseType(member));
         const CGparameterclass kind = cgGetParameterClass(member);
         if (!*scalar || (kind != CG_PARAMETERCLASS_SCALAR && kind != CG_PARAMETERCLASS_VECTOR)) {
-            why = m_lines.Parameter(name) + ": structure member '" + name + "." + cgGetParameterName(member) +
+            why = m_lines.Parameter(name) + ": structure member '" + cgGetParameterName(member) +
                   "' is of a kind the GLSL effect cannot declare (only numbers and vectors are)";
             return false;
         }
@@ -159,8 +159,10 @@ bool QorTranslateScope::DeclareStructure(CGparameter parameter, int order, std::
         const int count = cgGetParameterColumns(member);
         if (!QorTranslateText::Defaults(member, count, false, std::string(scalar) == "bool", values, why))
             return false;
-        members += "    uniform " + VectorType(scalar, count) + " " + name + "_" + cgGetParameterName(member) + values +
-                   ";\n";
+        // A member's name is "Stripe.width": the flattened uniform is "Stripe_width".
+        const std::string memberName = cgGetParameterName(member);
+        members += "    uniform " + VectorType(scalar, count) + " " + name + "_" +
+                   memberName.substr(memberName.rfind('.') + 1) + values + ";\n";
     }
     Declaration& declaration = m_declared[name];
     declaration.order = order;

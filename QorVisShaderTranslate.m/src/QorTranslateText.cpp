@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <set>
 #include <vector>
@@ -45,8 +46,13 @@ namespace QorTranslateText {
 
 std::string Number(double value)
 {
+    // The shortest text that reads back as the same float: Cg's values are floats.
     char text[40];
-    std::snprintf(text, sizeof text, "%.9g", value);
+    for (int digits = 6; digits <= 9; ++digits) {
+        std::snprintf(text, sizeof text, "%.*g", digits, value);
+        if (std::strtof(text, nullptr) == static_cast<float>(value))
+            break;
+    }
     std::string number = text;
     // The format reads "1e10", not "1e+10".
     const std::size_t plus = number.find("e+");
