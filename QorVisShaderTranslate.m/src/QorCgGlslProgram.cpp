@@ -196,9 +196,16 @@ std::string QorCgGlslProgram::Renamed(const std::map<std::string, std::string>& 
             if (begin < skipUntil)
                 return;
             const std::string name = m_code.substr(begin, end - begin);
-            // A member access "_X._Y" first, as one name.
-            if (end + 1 < m_code.size() && m_code[end] == '.' && IsNameStart(m_code[end + 1])) {
-                std::size_t memberEnd = end + 1;
+            // A member access "_X._Y" or "_X[i]._Y" first, as one name.
+            std::size_t at = end;
+            if (at < m_code.size() && m_code[at] == '[') {
+                std::size_t close = at + 1;
+                while (close < m_code.size() && std::isdigit(static_cast<unsigned char>(m_code[close])))
+                    ++close;
+                at = close > at + 1 && close < m_code.size() && m_code[close] == ']' ? close + 1 : end;
+            }
+            if (at + 1 < m_code.size() && m_code[at] == '.' && IsNameStart(m_code[at + 1])) {
+                std::size_t memberEnd = at + 1;
                 while (memberEnd < m_code.size() && IsNameChar(m_code[memberEnd]))
                     ++memberEnd;
                 const auto member = names.find(m_code.substr(begin, memberEnd - begin));

@@ -46,7 +46,8 @@ public:
     const std::string& Code() const { return m_code; }
 
     /// The code with names replaced: a key "_X" replaces the identifier _X, a key
-    /// "_X._Y" the member access _X._Y (the form Cg writes for structure members).
+    /// "_X._Y" or "_X[2]._Y" the member access written so (the forms Cg writes for
+    /// members of structures and of arrays of them).
     /// Comments are left as they are.
     std::string Renamed(const std::map<std::string, std::string>& names) const;
     /// Whether `identifier` stands in the code as a name (not in a comment).

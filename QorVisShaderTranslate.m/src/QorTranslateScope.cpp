@@ -372,7 +372,8 @@ bool QorTranslateScope::MapProgram(const QorCgGlslProgram& program, std::map<std
     for (const QorCgGlslUniform& uniform : program.Uniforms()) {
         const auto after = names.lower_bound(uniform.name);
         if (after == names.end() || after->first.compare(0, uniform.name.size(), uniform.name) != 0 ||
-            (after->first.size() > uniform.name.size() && after->first[uniform.name.size()] != '.')) {
+            (after->first.size() > uniform.name.size() && after->first[uniform.name.size()] != '.' &&
+             after->first[uniform.name.size()] != '[')) {
             why = "uniform '" + uniform.name + "' of Cg's GLSL names no effect parameter the translation maps";
             return false;
         }
