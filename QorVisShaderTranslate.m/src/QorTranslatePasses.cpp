@@ -109,17 +109,34 @@ std::string QorTranslatePasses::Program(CGpass pass, CGdomain domain, const std:
         if (candidate.domain == domain)
             stage = &candidate;
     const CGprogram program = cgGetPassProgram(pass, domain);
-    if (cgGetProgramProfile(program) != stage->profile)
-        cgSetProgramProfile(program, stage->profile);
-    if (!cgIsProgramCompiled(program))
-        cgCompileProgram(program);
-    const char* compiled = cgIsProgramCompiled(program) ? cgGetProgramString(program, CG_COMPILED_PROGRAM) : nullptr;
-    if (!compiled || !*compiled) {
-        why = std::string("its ") + stage->suffix + " program does not compile for " +
-              cgGetProfileString(stage->profile) + ":\n" + Listing();
-        return "";
+    // Techniques often compile one entry for several profiles (GLSL, ARB): in GLSL they
+    // are one program, compiled once, unless the entry takes arguments of its own.
+    const char* entry = cgGetProgramString(program, CG_PROGRAM_ENTRY);
+    std::string key = std::to_string(domain) + ":" + (entry ? entry : "");
+    for (CGparameter parameter = cgGetFirstParameter(program, CG_PROGRAM); parameter && !key.empty();
+         parameter = cgGetNextParameter(parameter))
+        if (cgGetParameterVariability(parameter) != CG_VARYING)
+            key.clear();
+    const auto known = key.empty() ? m_compiled.end() : m_compiled.find(key);
+    std::string compiled;
+    if (known != m_compiled.end()) {
+        compiled = known->second;
+    } else {
+        if (cgGetProgramProfile(program) != stage->profile)
+            cgSetProgramProfile(program, stage->profile);
+        if (!cgIsProgramCompiled(program))
+            cgCompileProgram(program);
+        const char* text = cgIsProgramCompiled(program) ? cgGetProgramString(program, CG_COMPILED_PROGRAM) : nullptr;
+        if (!text || !*text) {
+            why = std::string("its ") + stage->suffix + " program does not compile for " +
+                  cgGetProfileString(stage->profile) + ":\n" + Listing();
+            return "";
+        }
+        compiled = text;
+        if (!key.empty())
+            m_compiled.emplace(key, compiled);
     }
-    if (domain == CG_GEOMETRY_DOMAIN && std::strstr(compiled, "GL_EXT_geometry_shader4")) {
+    if (domain == CG_GEOMETRY_DOMAIN && compiled.find("GL_EXT_geometry_shader4") != std::string::npos) {
         why = "its Geometry program: Cg writes geometry programs for GL_EXT_geometry_shader4 (gl_PositionIn, "
               "gl_TexCoordIn), which the GLSL effect runtime's compiler does not take";
         return "";

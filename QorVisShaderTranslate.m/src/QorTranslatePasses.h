@@ -13,6 +13,7 @@
 
 #include <Cg/cg.h>
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -53,4 +54,5 @@ private:
     std::vector<Piece> m_pieces;
     std::string m_techniques;
     std::vector<std::unique_ptr<QorCgGlslProgram>> m_programs;
+    std::map<std::string, std::string> m_compiled; // Cg's GLSL by domain and entry, for entries without arguments
 };
