@@ -148,7 +148,7 @@ std::string QorTranslatePasses::Program(CGpass pass, CGdomain domain, const std:
         return "";
     }
     const std::string code = parsed->Renamed(names);
-    m_programs.push_back(std::move(parsed));
+    m_programs.emplace_back(std::move(parsed), std::move(names));
     for (const Piece& piece : m_pieces)
         if (piece.code == code)
             return piece.name;
@@ -291,10 +291,10 @@ std::string QorTranslatePasses::Text() const
     return text + "\n" + m_techniques;
 }
 
-std::vector<const QorCgGlslProgram*> QorTranslatePasses::Programs() const
+std::vector<QorTranslateScope::ReadProgram> QorTranslatePasses::Programs() const
 {
-    std::vector<const QorCgGlslProgram*> programs;
-    for (const auto& program : m_programs)
-        programs.push_back(program.get());
+    std::vector<QorTranslateScope::ReadProgram> programs;
+    for (const auto& [program, names] : m_programs)
+        programs.push_back({program.get(), &names});
     return programs;
 }

@@ -29,8 +29,8 @@ public:
 
     /// The code pieces of every translated pass, then the techniques.
     std::string Text() const;
-    /// The Cg programs read, for the name checks.
-    std::vector<const QorCgGlslProgram*> Programs() const;
+    /// The Cg programs read with the names they were given, for the name checks.
+    std::vector<QorTranslateScope::ReadProgram> Programs() const;
 
 private:
     struct Piece
@@ -53,6 +53,6 @@ private:
     QorTranslateScope& m_scope;
     std::vector<Piece> m_pieces;
     std::string m_techniques;
-    std::vector<std::unique_ptr<QorCgGlslProgram>> m_programs;
+    std::vector<std::pair<std::unique_ptr<QorCgGlslProgram>, std::map<std::string, std::string>>> m_programs;
     std::map<std::string, std::string> m_compiled; // Cg's GLSL by domain and entry, for entries without arguments
 };

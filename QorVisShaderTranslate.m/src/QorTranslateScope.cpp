@@ -381,15 +381,15 @@ bool QorTranslateScope::MapProgram(const QorCgGlslProgram& program, std::map<std
     return true;
 }
 
-bool QorTranslateScope::CheckNames(const std::vector<const QorCgGlslProgram*>& codes,
-                                   std::vector<std::string>& errors) const
+bool QorTranslateScope::CheckNames(const std::vector<ReadProgram>& programs, std::vector<std::string>& errors) const
 {
     bool clear = true;
     for (const auto& [name, declaration] : m_declared) {
         std::string clash = QorTranslateText::GlslClash(name);
-        for (const QorCgGlslProgram* code : codes)
-            if (clash.empty() && code->UsesIdentifier(name))
-                clash = "Cg's GLSL uses the name itself";
+        // Cg writes "Gain" as "_Gain" and "_Gain" as "__Gain": a name renamed away is free.
+        for (const ReadProgram& read : programs)
+            if (clash.empty() && read.program->UsesIdentifier(name) && !read.names->count(name))
+                clash = "Cg's GLSL uses the name for something else";
         if (clash.empty() && (m_lights || m_environment) &&
             (name.compare(0, 10, "lightData_") == 0 || name == "numLights" || name == "EnvAmbient" ||
              name == "EnvironmentMap"))

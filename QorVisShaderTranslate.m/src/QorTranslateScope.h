@@ -30,8 +30,15 @@ public:
     /// Declares the user-visible parameters (whether read or not). False with the
     /// problems in `errors` for a parameter the GLSL effect cannot declare.
     bool DeclareVisible(std::vector<std::string>& errors);
-    /// Checks that no declared name clashes with GLSL or with a name in `codes`.
-    bool CheckNames(const std::vector<const QorCgGlslProgram*>& codes, std::vector<std::string>& errors) const;
+    /// A program read and the names its code was given.
+    struct ReadProgram
+    {
+        const QorCgGlslProgram* program;
+        const std::map<std::string, std::string>* names;
+    };
+    /// Checks that no declared name clashes with GLSL or with a name a program's code
+    /// keeps (one it was not given in place of).
+    bool CheckNames(const std::vector<ReadProgram>& programs, std::vector<std::string>& errors) const;
     /// The effect-scope text: uniforms in the effect's parameter order, then the
     /// constant buffers.
     std::string Text() const;

@@ -178,6 +178,7 @@ TEST_F(QorCgFXTranslatorTest, BadEffectsFailWithTheirPlaceAndNoText)
         {"a control character", effect("float Gain < string UIName = \"a\x01z\"; > = 1;", "Gain"),
          "annotation 'UIName' of 'Gain' holds the control character 1"},
         {"a string value", effect("string Label = \"x\";", "1"), "parameter 'Label' is a string"},
+        {"a gl_ name", effect("float gl_Gain = 1;", "gl_Gain"), "names beginning with \"gl_\" belong to GLSL"},
     };
     for (const Case& c : cases) {
         const QorCgFXTranslation translation = translator.TranslateText("bad.cgfx", c.source);
@@ -185,6 +186,12 @@ TEST_F(QorCgFXTranslatorTest, BadEffectsFailWithTheirPlaceAndNoText)
         EXPECT_TRUE(translation.text.empty()) << c.what;
         EXPECT_TRUE(AnyHas(translation.errors, c.error)) << c.what << "\n" << Joined(translation.errors);
     }
+    // Names that differ by a leading "_" keep apart (Cg writes them "_Gain" and "__Gain"),
+    // also from Cg's own temporaries ("_ret_0" becomes "_ret_01" in Cg's code).
+    const QorCgFXTranslation underscores = translator.TranslateText(
+        "under.cgfx", effect("float Gain = 0.5;\nfloat _Gain = 0.25;\nfloat _ret_0 = 1;", "Gain + _Gain + _ret_0"));
+    ASSERT_TRUE(underscores.Whole()) << Joined(underscores.errors);
+    EXPECT_EQ(underscores.parameters, (std::vector<std::string>{"Gain", "_Gain", "_ret_0"}));
     // Bytes that are not UTF-8 travel as they are.
     const QorCgFXTranslation bytes =
         translator.TranslateText("bytes.cgfx", effect("float Gain < string UIName = \"G\xff\xfe\"; > = 1;", "Gain"));
