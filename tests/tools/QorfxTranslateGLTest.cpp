@@ -106,3 +106,21 @@ TEST(QorfxTranslateGLTest, DocumentsMigratedOntoTranslationsDrawAsBefore)
             EXPECT_LE(difference[channel], 0.03) << "channel " << channel;
     }
 }
+
+TEST(QorfxTranslateGLTest, ThePreviewDrawsEachOriginalBesideItsTranslation)
+{
+    QorTempDir dir;
+    const QorfxResult run = RunQorfx("translate " + QorfxSample("materials/plastic.cgfx") + " " +
+                                     QorfxSample("materials/toon.cgfx") + " -o " + dir.Path() +
+                                     " --size 96x96 --preview " + dir.File("preview.png"));
+    ASSERT_EQ(run.exitCode, 0) << run.out << run.err;
+    const Picture preview = Read(dir.File("preview.png"));
+    ASSERT_TRUE(preview.image);
+    ASSERT_EQ(preview.image->GetWidth(), 2 * kTile);
+    ASSERT_EQ(preview.image->GetHeight(), 2 * kCell);
+    for (unsigned row = 0; row < 2; ++row) {
+        const auto difference = MeanDifference(preview, preview, kTile, kTile, 0, row * kCell, kTile, row * kCell);
+        for (int channel = 0; channel < 3; ++channel)
+            EXPECT_LE(difference[channel], 0.03) << "row " << row << ", channel " << channel;
+    }
+}
