@@ -2,10 +2,12 @@
 
 #include "QorTranslateText.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 
 #include <map>
+#include <set>
 
 namespace {
 
@@ -155,7 +157,15 @@ std::string QorTranslatePasses::Program(CGpass pass, CGdomain domain, const std:
     for (const Piece& piece : pieces)
         if (piece.code == code)
             return piece.name;
-    pieces.push_back({stem + "_" + stage->suffix, code});
+    // Two passes of one name in a technique would give two pieces one name.
+    std::string name = stem + "_" + stage->suffix;
+    const auto taken = [&](const std::string& candidate) {
+        const auto named = [&](const Piece& piece) { return piece.name == candidate; };
+        return std::any_of(m_pieces.begin(), m_pieces.end(), named) || std::any_of(pieces.begin(), pieces.end(), named);
+    };
+    for (int suffix = 1; taken(name); ++suffix)
+        name = stem + "_" + stage->suffix + std::to_string(suffix);
+    pieces.push_back({name, code});
     return pieces.back().name;
 }
 
@@ -235,7 +245,9 @@ bool QorTranslatePasses::Translate(CGtechnique technique, int index, QorCgFXTran
     QorCgFXTranslation::Technique entry;
     const char* cgName = cgGetTechniqueName(technique);
     entry.name = cgName ? cgName : "";
-    const std::string name = Identifier(cgName, "Technique" + std::to_string(index));
+    std::string name = Identifier(cgName, "Technique" + std::to_string(index));
+    if (m_techniqueNames.count(name))
+        name += "_" + std::to_string(index);
     std::string text = "Technique " + name, why, annotations;
     const auto leaveOut = [&](const std::string& place, const std::string& reason) {
         entry.why = place + ": technique '" + entry.name + "' is left out: " + reason;
@@ -249,11 +261,15 @@ bool QorTranslatePasses::Translate(CGtechnique technique, int index, QorCgFXTran
     std::vector<Piece> pieces;
     std::vector<QorCgFXTranslation::DroppedState> dropped;
     int passIndex = 0;
+    std::set<std::string> passNames;
     for (CGpass pass = cgGetFirstPass(technique); pass; pass = cgGetNextPass(pass), ++passIndex) {
         const char* cgPass = cgGetPassName(pass);
         const std::string passName = cgPass ? cgPass : "";
         const std::string place = m_lines.Pass(entry.name, passName);
-        const std::string identifier = Identifier(cgPass, "Pass" + std::to_string(passIndex));
+        std::string identifier = Identifier(cgPass, "Pass" + std::to_string(passIndex));
+        // The format names each pass of a technique once; Cg lets two share a name.
+        if (!passNames.insert(identifier).second)
+            passNames.insert(identifier += "_" + std::to_string(passIndex));
         for (const CGdomain domain : {CG_TESSELLATION_CONTROL_DOMAIN, CG_TESSELLATION_EVALUATION_DOMAIN})
             if (cgGetPassProgram(pass, domain))
                 return leaveOut(place, "pass '" + passName + "' has a tessellation program, which GLSL effects lack");
@@ -276,6 +292,7 @@ bool QorTranslatePasses::Translate(CGtechnique technique, int index, QorCgFXTran
     }
     text += "}\n";
     entry.translated = true;
+    m_techniqueNames.insert(name);
     report.techniques.push_back(entry);
     report.droppedStates.insert(report.droppedStates.end(), dropped.begin(), dropped.end());
     m_pieces.insert(m_pieces.end(), pieces.begin(), pieces.end());

@@ -15,6 +15,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,7 @@ private:
     QorTranslateScope& m_scope;
     std::vector<Piece> m_pieces;
     std::string m_techniques;
+    std::set<std::string> m_techniqueNames; // of the techniques translated
     std::vector<std::pair<std::unique_ptr<QorCgGlslProgram>, std::map<std::string, std::string>>> m_programs;
     std::map<std::string, std::string> m_compiled; // Cg's GLSL by domain and entry, for entries without arguments
 };

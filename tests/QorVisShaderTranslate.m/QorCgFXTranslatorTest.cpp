@@ -114,6 +114,18 @@ TEST_F(QorCgFXTranslatorTest, CorpusCarriesTypesDefaultsAnnotationsAndStates)
     EXPECT_TRUE(Has(sampled.text, "uniform sampler2D ColorMap < UIName = \"Colour map\"; File = \"checker.rgb\"; "
                                   "defaultFile = \"checker.rgb\"; >;"));
     EXPECT_TRUE(Has(sampled.text, "uniform vec2 Tiling < UIName = \"Tiling\"; UIMin = 1; UIMax = 8; > = {2, 2};"));
+
+    // Cg lets two passes of a technique share a name; the GLSL effect format does not.
+    const QorCgFXTranslation twice = translator.TranslateText(
+        "twice.cgfx", "float4x4 WVP : WORLDVIEWPROJECTION;\nfloat4 C = {1, 0, 0, 1};\n"
+                      "float4 VS(float4 p : POSITION) : POSITION { return mul(WVP, p); }\n"
+                      "float4 PS() : COLOR { return C; }\nfloat4 Half() : COLOR { return C * 0.5; }\n"
+                      "technique T { pass p { VertexProgram = compile arbvp1 VS(); FragmentProgram = compile arbfp1 PS(); }\n"
+                      "pass p { VertexProgram = compile arbvp1 VS(); FragmentProgram = compile arbfp1 Half(); } }\n");
+    ASSERT_TRUE(twice.Whole()) << Joined(twice.errors);
+    EXPECT_TRUE(Has(twice.text, "    Pass p_1\n    {\n        VertexProgram = T_p_Vertex;\n"
+                                "        FragmentProgram = T_p_1_Fragment;"))
+        << twice.text;
 }
 
 TEST_F(QorCgFXTranslatorTest, UntranslatableTechniquesAndStatesAreNamedWithTheirPlace)
