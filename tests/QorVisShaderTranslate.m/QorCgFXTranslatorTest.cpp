@@ -190,6 +190,8 @@ TEST_F(QorCgFXTranslatorTest, BadEffectsFailWithTheirPlaceAndNoText)
         {"a control character", effect("float Gain < string UIName = \"a\x01z\"; > = 1;", "Gain"),
          "annotation 'UIName' of 'Gain' holds the control character 1"},
         {"a string value", effect("string Label = \"x\";", "1"), "parameter 'Label' is a string"},
+        {"a string too long", effect("float Gain < string UIName = \"" + std::string(70000, 'x') + "\"; > = 1;", "Gain"),
+         "annotation 'UIName' of 'Gain' is a string of 70000 bytes; the GLSL effect format takes up to 65536"},
         {"a gl_ name", effect("float gl_Gain = 1;", "gl_Gain"), "names beginning with \"gl_\" belong to GLSL"},
     };
     for (const Case& c : cases) {
