@@ -125,6 +125,9 @@ bool GlslUserType(const std::string& glslType)
 QorTranslateScope::QorTranslateScope(CGeffect effect, const QorCgFXSourceLines& lines, std::set<std::string> visible)
     : m_effect(effect), m_lines(lines), m_visible(std::move(visible))
 {
+    int order = 0;
+    for (CGparameter at = cgGetFirstEffectParameter(m_effect); at; at = cgGetNextParameter(at))
+        m_order.emplace(at, order++);
 }
 
 void QorTranslateScope::Note(const std::string& note)
@@ -137,10 +140,8 @@ void QorTranslateScope::Note(const std::string& note)
 
 int QorTranslateScope::OrderOf(CGparameter parameter) const
 {
-    int order = 0;
-    for (CGparameter at = cgGetFirstEffectParameter(m_effect); at && at != parameter; at = cgGetNextParameter(at))
-        ++order;
-    return order;
+    const auto found = m_order.find(parameter);
+    return found != m_order.end() ? found->second : static_cast<int>(m_order.size());
 }
 
 bool QorTranslateScope::DeclareStructure(CGparameter parameter, int order, std::string& why)

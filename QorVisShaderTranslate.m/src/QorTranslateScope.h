@@ -67,6 +67,7 @@ private:
     CGeffect m_effect;
     const QorCgFXSourceLines& m_lines;
     std::set<std::string> m_visible;
+    std::map<CGparameter, int> m_order;            // each effect parameter's place
     std::map<std::string, Declaration> m_declared; // by effect-scope name
     std::set<std::string> m_intParameters;         // visible int/bool parameters, declared as float
     std::vector<std::string> m_notes;

@@ -4,6 +4,7 @@
 // each translation says and holds, and how bad effects fail.
 #include "QorVisShaderTranslate/QorCgFXTranslator.h"
 
+#include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -40,6 +41,7 @@ std::string Joined(const std::vector<std::string>& lines)
 class QorCgFXTranslatorTest : public ::testing::Test
 {
 protected:
+    QorRegistryGuard registry; // the samplers' texture records, handed back by the effects
     QorScopedEnv graphic{"QorGraphicPath", QOR_SAMPLES_DIR};
     QorScopedEnv startup{"QorStartupPath", nullptr};
     QorTempDir temp;
