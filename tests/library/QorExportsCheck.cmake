@@ -9,7 +9,8 @@ endif()
 set(exported QorFindShaderFile QorShaderManager QorShaderTexture QorShaderIncludeManager QorShaderEffect
   QorIShader QorIShaderEffect QorIShaderParameters QorIShaderValue QorNvFXEffect QorNvFXShaderParameters
   QorNvFXShaderValue QorNvFXShaderValueFloat QorNvFXShaderValueColor QorNvFXShaderValueString
-  QorShaderQRFXMigration QorShaderMigrationReport QorShaderFactory QorShaderTextureRegistry QorMaterialValue QorMaterialParameters QorMaterialEffect)
+  QorShaderQRFXMigration QorShaderMigrationReport QorShaderFactory QorShaderTextureRegistry QorMaterialValue QorMaterialParameters QorMaterialEffect
+  QorCgFXTranslator QorCgFXTranslation)
 set(required "QorShaderFactory::CreateShader" "QorShaderTextureRegistry::AddShaderTexture"
   "QorShaderEffect::AddShaderEffect" "QorShaderIncludeManager::Instance" "typeinfo for QorIShader\n")
 string(REPLACE "\n" ";" lines "${listing}")

@@ -78,9 +78,9 @@ bool QorfxAddPathFolders(const std::vector<std::string>& folders, std::string& w
 namespace {
 
 // A folder of the tool's own, removed with everything in it when the process ends.
-struct PrivateTemp
+struct PrivateFolder
 {
-    ~PrivateTemp()
+    ~PrivateFolder()
     {
         std::error_code ignored;
         if (!path.empty())
@@ -89,22 +89,32 @@ struct PrivateTemp
     std::string path;
 };
 
+} // namespace
+
+std::string QorfxPrivateFolder()
+{
+    static PrivateFolder folder;
+    if (!folder.path.empty())
+        return folder.path;
+    std::error_code failed;
+    std::string pattern =
+        (fs::temp_directory_path(failed) / ("qorfx-" + std::to_string(getpid()) + "-XXXXXX")).string();
+    if (!failed && mkdtemp(pattern.data()))
+        folder.path = pattern;
+    return folder.path;
+}
+
+namespace {
+
 // The error file and the package texture cache go to "QorTemp"; give the library a
 // private one when none is set, so the tool writes nothing into the user's folders.
 void EnsureTempFolder()
 {
     if (QorGetEnv("QorTemp"))
         return;
-    static PrivateTemp temp;
-    std::error_code failed;
-    std::string pattern =
-        (fs::temp_directory_path(failed) / ("qorfx-" + std::to_string(getpid()) + "-XXXXXX")).string();
-    if (failed)
-        return;
-    if (!mkdtemp(pattern.data()))
-        return;
-    temp.path = pattern;
-    QorSetEnv("QorTemp", pattern.c_str());
+    const std::string folder = QorfxPrivateFolder();
+    if (!folder.empty())
+        QorSetEnv("QorTemp", folder.c_str());
 }
 
 // The process a temporary folder "qorfx-<pid>-XXXXXX" was made by; 0 for other names.

@@ -86,6 +86,10 @@ void QorfxAddSearchFolders(const std::string& effectPath);
 /// so the includes it holds are found. False, with `why`, for a folder that is not there.
 bool QorfxAddPathFolders(const std::vector<std::string>& folders, std::string& why);
 
+/// A folder of the tool's own in the system's temporary folder, made at the first call
+/// and removed with everything in it when the process ends; empty when it cannot be made.
+std::string QorfxPrivateFolder();
+
 /// Removes the temporary folders that runs of the tool killed before they could clean up
 /// left behind: each run's folder carries its process id, and those of processes that
 /// are gone are removed.

@@ -4,11 +4,14 @@
 #include "QorfxDocument.h"
 #include "QorfxPack.h"
 #include "QorfxRender.h"
+#include "QorfxTranslate.h"
 
 #include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorIShaderParameters.h"
 #include "QorVisShaderQRFX/QorShaderQRFXMigration.h"
+#include "QorVisShaders/QorShaderFiles.h"
 #include "QorVisShaders/QorShaderValueType.h"
+#include "QorVisShaderTranslate/QorCgFXTranslator.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -22,6 +25,71 @@ namespace fs = std::filesystem;
 namespace {
 
 using Outcome = QorShaderMigrationReport::Outcome;
+
+// A twin the run translated from the CgFX source a document carries.
+struct Translated
+{
+    std::string file; ///< where the search finds it (a folder of the tool's own); empty when not written
+    std::string text;
+    json report;      ///< QorfxTranslationJson's
+};
+using Translations = std::map<std::string, Translated>; // by the ".glslfx" name
+
+// The folder of the run's translations, put in front of the search paths at the first
+// call; empty when it cannot be made.
+std::string TranslationFolder()
+{
+    static std::string folder;
+    const std::string own = folder.empty() ? QorfxPrivateFolder() : "";
+    if (!folder.empty() || own.empty())
+        return folder;
+    const std::string made = (fs::path(own) / "translated").string();
+    std::error_code failed;
+    std::string why;
+    fs::create_directories(made, failed);
+    if (!failed && QorfxAddPathFolders({made}, why))
+        folder = made;
+    return folder;
+}
+
+// Translates each effect `path` carries whose twin the search finds nowhere, into the
+// run's folder, where the migration then finds it.
+void TranslateMissingTwins(const std::string& path, Translations& translations)
+{
+    QorResourceZPKContainer package;
+    QorStreamer stream;
+    if (package.LoadFromFile(path.c_str(), stream, nullptr) != 0)
+        return; // reading the document says why
+    const QorCgFXTranslator translator;
+    for (int id = 0; id < package.GetEntryCount(); ++id) {
+        const QorResourceZPKContainer::Entry* entry = package.GetEntry(id);
+        if (entry->kind != QorResourceZPKContainer::QorEffectEntry || !entry->hasSource)
+            continue;
+        const std::string stored = entry->name.c_str();
+        const std::string twin = QorShaderQRFXMigration::GlslfxName(QorUnicodeString(stored.c_str())).c_str();
+        QorString found;
+        if (twin.empty() || translations.count(twin) || QorFindShaderFile(QorString(twin.c_str()), found))
+            continue;
+        Translated& translated = translations[twin];
+        QorCgFXTranslation translation;
+        {
+            QorfxStdoutSilencer silence; // loads print the error file's path and notes there
+            translation = translator.TranslateText(stored.substr(stored.find_last_of("\\/") + 1), entry->source);
+        }
+        translated.report = QorfxTranslationJson(stored, translation);
+        if (!translation.translated)
+            continue;
+        const std::string folder = TranslationFolder();
+        std::string why = folder.empty() ? "no folder of the tool's own could be made for the translation" : "";
+        const std::string file = (fs::path(folder) / twin).string();
+        if (why.empty() && QorfxOutput::WriteFile(file, translation.text, why)) {
+            translated.file = file;
+            translated.text = translation.text;
+        } else {
+            translated.report["errors"].push_back(why);
+        }
+    }
+}
 
 // How a value type reads in the report.
 std::string TypeWord(int type)
@@ -163,6 +231,8 @@ std::string Text(const json& value)
 // Where the GLSL effect of a material came from, or why there is none.
 std::string Source(const json& material)
 {
+    if (material.contains("translation") && material["translation"]["translated"])
+        return "translated from the CgFX source the document carries";
     if (!material["file"].is_null())
         return Text(material["file"]);
     return "not found on the search paths; add --path DIR for the folder that holds " +
@@ -180,6 +250,8 @@ void PrintDocument(const json& report)
         std::printf("  %s: %s -> %s (%s)\n", material["name"].get<std::string>().c_str(),
                     material["stored"].get<std::string>().c_str(), material["effect"].get<std::string>().c_str(),
                     Source(material).c_str());
+        if (material.contains("translation"))
+            QorfxPrintTranslation(material["translation"], "    translation: ");
         if (material.contains("problem"))
             std::printf("    not loaded: %s\n", material["problem"].get<std::string>().c_str());
         if (material["storedNames"] != material["storedValues"])
@@ -212,8 +284,10 @@ std::string FolderFor(std::set<std::string>& taken, const std::string& stem)
 // Reads, migrates and reports one document; writes its migrated materials under
 // `options.folder`. False when anything was not migrated or not written.
 bool MigrateDocument(const std::string& path, const QorfxMigrateOptions& options, std::set<std::string>& taken,
-                     json& report)
+                     Translations& translations, json& report)
 {
+    if (options.translate)
+        TranslateMissingTwins(path, translations);
     report = {{"document", path}, {"materials", json::array()}};
     QorfxDocument document;
     QorfxLoadProblem problem;
@@ -225,14 +299,27 @@ bool MigrateDocument(const std::string& path, const QorfxMigrateOptions& options
     bool migrated = true;
     for (std::size_t index = 0; index < document.Count(); ++index) {
         json material = ReportMaterial(document, index);
+        const auto translated = translations.find(material["effect"].get<std::string>());
+        const bool onTranslation = translated != translations.end() &&
+                                   (translated->second.file.empty() ||
+                                    material["file"] == json(QorNativePath(translated->second.file.c_str())));
+        if (onTranslation)
+            material["translation"] = translated->second.report;
         // Only a material that came over whole is written: a partial one would pass for it.
         if (material["migrated"] && !options.folder.empty()) {
             const std::string sub = FolderFor(taken, material["name"].get<std::string>());
-            // The description names the GLSL effect's file and the document it came from.
+            // The description names the GLSL effect's file and the document it came from;
+            // a translated twin is written beside it.
             json description = QorfxDescribe(*document.Material(index), false);
             description["file"] = material["file"];
             description["migratedFrom"] = path;
-            if (QorfxWriteUnpacked(options.folder, sub, document.Package(), description, false) == 0)
+            QorfxOutput::Files twin;
+            if (onTranslation) {
+                twin.emplace_back(material["effect"].get<std::string>(), translated->second.text);
+                description["file"] = material["effect"];
+                description["translatedFrom"] = material["stored"];
+            }
+            if (QorfxWriteUnpacked(options.folder, sub, document.Package(), description, false, twin) == 0)
                 material["written"] = (fs::path(options.folder) / sub).string();
             else
                 migrated = false;
@@ -285,12 +372,13 @@ int QorfxMigrate(const std::vector<std::string>& documents, const QorfxMigrateOp
     for (const std::string& path : documents)
         QorfxAddSearchFolders(path);
     std::set<std::string> taken;
+    Translations translations;
     std::vector<json> reports(documents.size());
     bool migrated = true;
     for (std::size_t d = 0; d < documents.size(); ++d) {
         if (documents.size() > 1)
             std::fprintf(stderr, "qorfx: migrating %zu/%zu %s\n", d + 1, documents.size(), documents[d].c_str());
-        migrated = MigrateDocument(documents[d], options, taken, reports[d]) && migrated;
+        migrated = MigrateDocument(documents[d], options, taken, translations, reports[d]) && migrated;
         if (!options.json)
             PrintDocument(reports[d]);
     }

@@ -16,9 +16,13 @@ struct QorfxMigrateOptions
     bool json = false;   ///< the report as JSON
     std::string preview; ///< --preview: the before/after contact sheet to write; empty for none
     QorfxRenderOptions render; ///< how the preview draws (tile size)
+    bool translate = false; ///< --translate: a twin found nowhere is translated from the CgFX source the document carries
 };
 
-/// Migrates every document and reports on standard output. Exit 0 when every material
+/// Migrates every document and reports on standard output. With `translate`, an effect
+/// whose twin is found nowhere is translated from the source the document carries, the
+/// migration runs against the translation, and the translation is written beside the
+/// migrated material. Exit 0 when every material
 /// of every document migrated with every value carried, 1 when a document could not be
 /// read or a material found no effect or lost a value (or a file could not be written),
 /// 2 on bad usage.

@@ -92,10 +92,12 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
 }
 
 int QorfxWriteUnpacked(const std::string& folder, const std::string& sub, const QorResourceZPKContainer& package,
-                       nlohmann::json description, bool sources)
+                       nlohmann::json description, bool sources, const QorfxOutput::Files& extra)
 {
     std::set<std::string> taken{"material.json"};
-    QorfxOutput::Files files;
+    QorfxOutput::Files files = extra;
+    for (const auto& file : extra)
+        taken.insert(file.first);
     std::map<std::string, std::string> writtenImages; // a texture's file name -> its PNG here
     for (int id = 0; id < package.GetEntryCount(); ++id) {
         const QorResourceZPKContainer::Entry* entry = package.GetEntry(id);

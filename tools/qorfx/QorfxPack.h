@@ -3,6 +3,8 @@
 /// package, written and read through the shader's Stream and UnStream.
 #pragma once
 
+#include "QorfxOutput.h"
+
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -20,7 +22,7 @@ int QorfxUnpack(const std::string& package, const std::string& folder);
 /// Writes what unpack writes for a material read from `package` into `folder` (into its
 /// folder `sub` when not empty, a name the tool chose: see QorfxOutput), all files or
 /// none: the effect sources (when `sources`), each texture as a PNG and "material.json",
-/// the material's `description` with texture values naming those PNGs. Returns the exit
-/// code.
+/// the material's `description` with texture values naming those PNGs, and the `extra`
+/// files. Returns the exit code.
 int QorfxWriteUnpacked(const std::string& folder, const std::string& sub, const QorResourceZPKContainer& package,
-                       nlohmann::json description, bool sources);
+                       nlohmann::json description, bool sources, const QorfxOutput::Files& extra = {});

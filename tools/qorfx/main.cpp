@@ -7,6 +7,7 @@
 #include "QorfxRender.h"
 #include "QorfxSgi.h"
 #include "QorfxStage.h"
+#include "QorfxTranslate.h"
 #include "QorGL/QorGLContext.h"
 #include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
@@ -89,6 +90,16 @@ bool ParseSize(const std::string& size, QorfxRenderOptions& options)
     return true;
 }
 
+// "point,dir" as its kinds.
+std::vector<std::string> LightKinds(const std::string& list)
+{
+    std::vector<std::string> kinds;
+    std::istringstream stream(list);
+    for (std::string kind; std::getline(stream, kind, ',');)
+        kinds.push_back(kind);
+    return kinds;
+}
+
 int Run(int argc, char** argv)
 {
     QorfxRemoveStaleTempFolders();
@@ -155,7 +166,23 @@ int Run(int argc, char** argv)
     migrate->add_flag("--json", migration.json, "Print the report as JSON");
     migrate->add_option("--preview", migration.preview, "Contact sheet of each material before and after");
     migrate->add_option("--size", previewSize, "Tile size WxH of the preview (1 to 4096 each)");
+    migrate->add_flag("--translate", migration.translate,
+                      "Translate the CgFX source a document carries where no twin is found, and migrate onto it");
     addPath(migrate);
+
+    std::vector<std::string> translateInputs;
+    std::string translateLights = "point,dir", translateSize = "128x128";
+    QorfxTranslateOptions translation;
+    CLI::App* translate = app.add_subcommand("translate", "Turn CgFX effects into GLSL effects (.glslfx), and report");
+    translate->add_option("effects", translateInputs, "The CgFX effects (never changed)")->required();
+    translate->add_option("-o,--output", translation.folder, "Folder to write each NAME.glslfx into (default: .)");
+    translate->add_flag("--json", translation.json, "Print the report as JSON");
+    translate->add_option("--preview", translation.preview, "Contact sheet of each original beside its translation");
+    translate->add_option("--size", translateSize, "Tile size WxH of the preview (1 to 4096 each)");
+    translate->add_option("--lights", translateLights, "The light kinds the programs are made for: point, spot, dir");
+    translate->add_option("--env", translation.render.environment,
+                          "The environment they are made for: \"sky\" (a cube map, the default) or a colour r,g,b");
+    addPath(translate);
 
     std::string sgiInput, sgiOutput;
     CLI::App* sgi = app.add_subcommand("sgi", "Convert an SGI image through the library's reader");
@@ -193,12 +220,18 @@ int Run(int argc, char** argv)
         return ParseSize(previewSize, migration.render) ? QorfxMigrate(migrateInputs, migration) : 2;
     }
 
+    if (*translate) {
+        if (translation.folder.empty()) {
+            std::fprintf(stderr, "qorfx: -o takes a folder, not \"\"\n");
+            return 2;
+        }
+        translation.render.lights = LightKinds(translateLights);
+        return ParseSize(translateSize, translation.render) ? QorfxTranslate(translateInputs, translation) : 2;
+    }
+
     if (!ParseSize(size, options))
         return 2;
-    options.lights.clear();
-    std::istringstream kinds(lights);
-    for (std::string kind; std::getline(kinds, kind, ',');)
-        options.lights.push_back(kind);
+    options.lights = LightKinds(lights);
     return QorfxRender(renderInputs, renderOutput, options);
 }
 
