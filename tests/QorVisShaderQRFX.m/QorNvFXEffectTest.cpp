@@ -163,6 +163,16 @@ TEST(QorNvFXEffectTest, FailedLoadsAnswerNullAndSay)
     EXPECT_NE(broken.printed.find("Error>> failed to load the effect\n"), std::string::npos);
     EXPECT_NE(broken.messages.find("error"), std::string::npos) << "the runtime says what is wrong";
 
+    // Messages name the effect's file, not the container ("Test") the load went into.
+    QorNvFXEffect* named = QorNvFXEffect::AddShaderEffect("materials/broken.glslfx");
+    named->setBuffer("uniform float a\nuniform float b;");
+    NvFXTest::MessageCapture capture;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(named->Load(), nullptr);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(capture.text().rfind("materials/broken.glslfx(2): error: expected ';'", 0), 0u) << capture.text();
+    named->Release();
+
     // An effect given only a file name loads its buffer, which it does not have.
     QorTempDir dir;
     const std::string path = dir.Write("only_file.glslfx", kQorNvFXTestEffect);

@@ -289,7 +289,7 @@ TEST(QorfxTest, GlslEffectsThatDoNotLoadSayWhereAndWhy)
     EXPECT_EQ(undeclared.exitCode, 1);
     EXPECT_NE(undeclared.err.find("undeclared.glslfx: the effect does not compile"), std::string::npos)
         << undeclared.err;
-    EXPECT_NE(undeclared.err.find("(5): error: pass 'p0' of technique 'T', fragment stage: 'Gian' : undeclared identifier"),
+    EXPECT_NE(undeclared.err.find("undeclared.glslfx(5): error: pass 'p0' of technique 'T', fragment stage: 'Gian' : undeclared identifier"),
               std::string::npos)
         << undeclared.err;
     EXPECT_EQ(undeclared.out, "") << "nvFX prints nothing on standard output";
@@ -298,10 +298,19 @@ TEST(QorfxTest, GlslEffectsThatDoNotLoadSayWhereAndWhy)
 
     const QorfxResult missing = RunQorfx("inspect " + QorfxData("missing_include.glslfx"));
     EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_NE(missing.err.find("(2): error: include 'QorNowhere.glslfxh' not found"), std::string::npos) << missing.err;
+    EXPECT_NE(missing.err.find("missing_include.glslfx(2): error: include 'QorNowhere.glslfxh' not found"),
+              std::string::npos)
+        << missing.err;
     EXPECT_NE(missing.err.find("include \"QorNowhere.glslfxh\" was not found: looked for as it stands and under shaders/"),
               std::string::npos)
         << missing.err;
+
+    const QorfxResult scene = RunQorfx("inspect " + QorfxData("scene_level.glslfx"));
+    EXPECT_EQ(scene.exitCode, 1);
+    EXPECT_NE(scene.err.find("scene_level.glslfx(4): error: reflection: scene-level block 'RenderTexture' is not "
+                             "supported by a material effect"),
+              std::string::npos)
+        << scene.err;
 
     QorTempDir dir;
     const QorfxResult packed = RunQorfx("pack " + QorfxSample("materials/plastic.glslfx") + " -o " + dir.File("p.zpk"));

@@ -50,6 +50,14 @@ struct CodePiece
     SourceLocation at;
 };
 
+/// A preprocessor line every stage gets as written (`#define`, `#undef`, `#pragma`,
+/// `#extension`), without comments.
+struct DirectiveLine
+{
+    std::string text;
+    SourceLocation at;
+};
+
 /// A code name a pass assigns to a stage.
 struct CodeReference
 {
@@ -91,9 +99,10 @@ struct ScopeItem
         SharedCode,
         Uniform,
         Buffer,
+        Directive,
     };
     Kind kind;
-    std::size_t index; ///< into sharedCode, uniforms or buffers
+    std::size_t index; ///< into sharedCode, uniforms, buffers or directives
 };
 
 struct EffectDescription
@@ -106,6 +115,8 @@ struct EffectDescription
     std::vector<CodePiece> namedCode;
     std::vector<UniformDescription> uniforms;
     std::vector<BufferDescription> buffers;
+    std::vector<DirectiveLine> directives; ///< in place among the scope's items
+    std::vector<DirectiveLine> extensions; ///< every stage has them right after its version
     std::vector<TechniqueDescription> techniques;
     std::string version;   ///< the shared code's "#version ..." line; empty when none
     SourceLocation versionAt;

@@ -1,6 +1,5 @@
 #include "EffectParser_p.h"
 
-#include "IncludeReader_p.h"
 #include "Parser_p.h"
 #include "ValueTypes_p.h"
 
@@ -18,16 +17,13 @@ const CodePiece* EffectDescription::findCode(const std::string& name) const
 
 namespace {
 
-constexpr int kMaxIncludeDepth = 16;
-constexpr int kMaxIncludes = 256;
 // Every stage declares every effect-scope uniform, and glslang's linker compares each
 // declaration of one stage with each of the other: its work grows with the square of
 // the count (100,000 uniforms took 13 s). No driver takes near this many.
 constexpr std::size_t kMaxUniforms = 4096;
-constexpr std::size_t kMaxTotalBytes = 64u << 20;
 
-// Constructs of the wider ".glslfx" format this runtime refuses, by the start of their
-// keywords, with what they are.
+// Constructs of the wider ".glslfx" format this runtime does not read yet, by the start
+// of their keywords, with what they are.
 struct Refused
 {
     std::string_view prefix;
@@ -35,28 +31,48 @@ struct Refused
 };
 
 constexpr Refused kRefused[] = {
-    {"Sampler", "sampler states"},     {"sampler_state", "sampler states"},
-    {"Texture", "texture resources"},  {"Image", "texture resources"},
-    {"Namespace", "namespaces"},       {"namespace", "namespaces"},
-    {"Compute", "compute programs"},   {"GLSLCompute", "compute programs"},
-    {"CUDA", "CUDA code"},             {"HLSL", "HLSL code"},
-    {"FrameBuffer", "frame buffers"},  {"FBO", "frame buffers"},
-    {"RenderBuffer", "frame buffers"}, {"RenderTarget", "frame buffers"},
-    {"CurrentTarget", "frame buffers"}, {"Clear", "frame buffers"},
-    {"Viewport", "frame buffers"},
+    {"Sampler", "sampler states"},    {"sampler_state", "sampler states"},
+    {"Texture", "texture resources"}, {"Image", "texture resources"},
+    {"Namespace", "namespaces"},      {"namespace", "namespaces"},
+    {"HLSL", "HLSL code"},
 };
+
+// What belongs to drawing a scene rather than a surface (targets, clears, blits, compute
+// and CUDA or OptiX work, path rendering): a material effect is drawn into the
+// renderer's own target, so these are refused, never skipped, by the start of their
+// keywords.
+constexpr std::string_view kSceneLevel[] = {
+    "RenderTexture", "RenderBuffer", "RenderTarget", "RenderMode", "RenderGroup", "FBO", "FrameBuffer",
+    "CurrentTarget", "Clear", "Blit", "Viewport", "SwapResources", "Compute", "GLSLCompute", "CUDA",
+    "Optix", "OptiX", "Path",
+};
+
+bool StartsWith(std::string_view word, std::string_view prefix)
+{
+    return word.compare(0, prefix.size(), prefix) == 0;
+}
 
 const char* RefusedConstruct(std::string_view word)
 {
     for (const Refused& refused : kRefused)
-        if (word.compare(0, refused.prefix.size(), refused.prefix) == 0)
+        if (StartsWith(word, refused.prefix))
             return refused.what;
     return nullptr;
 }
 
+bool IsSceneLevel(std::string_view word)
+{
+    for (const std::string_view prefix : kSceneLevel)
+        if (StartsWith(word, prefix))
+            return true;
+    return false;
+}
+
 constexpr std::string_view kStageKeys[StageCount] = {"VertexProgram", "FragmentProgram", "GeometryProgram"};
 
-std::string CollapseSpaces(std::string_view text)
+} // namespace
+
+std::string collapseSpaces(std::string_view text)
 {
     std::string result;
     for (const char c : text) {
@@ -71,13 +87,13 @@ std::string CollapseSpaces(std::string_view text)
     return result;
 }
 
-} // namespace
-
 bool Parser::parseSource(std::string_view text, int source)
 {
     Lexer lexer(text);
     Lexer* const outerLexer = std::exchange(m_lexer, &lexer);
     const int outerSource = std::exchange(m_source, source);
+    // Conditions open in the including text cannot be closed in the included one.
+    const std::size_t outerConditions = std::exchange(m_conditionBase, m_conditions.size());
     bool ok = true;
     for (Token token; ok;) {
         ok = take(token);
@@ -85,15 +101,18 @@ bool Parser::parseSource(std::string_view text, int source)
             break;
         ok = parseItem(token);
     }
+    if (ok && m_conditions.size() > m_conditionBase)
+        ok = fail(m_conditions.back().line, "'#" + m_conditions.back().keyword + "' is not closed by '#endif'");
     m_lexer = outerLexer;
     m_source = outerSource;
+    m_conditionBase = outerConditions;
     return ok;
 }
 
 bool Parser::parseItem(const Token& token)
 {
     if (token.is('#'))
-        return parseInclude(token);
+        return parseDirective(token);
     if (token.is("GLSLShader"))
         return parseCode(token);
     if (token.is("uniform")) {
@@ -105,56 +124,15 @@ bool Parser::parseItem(const Token& token)
     if (token.is("Technique"))
         return parseTechnique(token);
     if (token.kind == Token::Identifier) {
+        if (IsSceneLevel(token.text)) {
+            const Token name = m_lexer->peek();
+            return refuseSceneLevel(name.kind == Token::Identifier ? name.text : token.text, token);
+        }
         if (const char* what = RefusedConstruct(token.text))
             return fail(token.line, std::string(what) + " are not supported: " + quoted(token.text));
         return fail(token.line, "unknown block " + quoted(token.text));
     }
     return fail(token.line, "unexpected " + describe(token) + " at effect scope");
-}
-
-bool Parser::parseInclude(const Token& hash)
-{
-    Token directive, name;
-    if (!expectName(directive, "'include' after '#'"))
-        return false;
-    if (!directive.is("include"))
-        return fail(directive.line, "unsupported directive '#" + std::string(directive.text) + "'");
-    if (!take(name))
-        return false;
-    if (name.kind != Token::String)
-        return fail(name.line, "expected a quoted name after #include");
-    const std::string file(name.text);
-    for (const std::string& open : m_includeStack) {
-        if (open != file)
-            continue;
-        std::string chain;
-        for (const std::string& step : m_includeStack)
-            chain += step + " -> ";
-        return fail(hash.line, "include cycle: " + chain + file);
-    }
-    if (static_cast<int>(m_includeStack.size()) >= kMaxIncludeDepth)
-        return fail(hash.line, "includes nest deeper than " + std::to_string(kMaxIncludeDepth) + " levels");
-    if (m_includes >= kMaxIncludes)
-        return fail(hash.line, "more than " + std::to_string(kMaxIncludes) + " includes");
-    std::string content;
-    switch (readInclude(file, content)) {
-    case IncludeStatus::Found:
-        break;
-    case IncludeStatus::Missing:
-        return fail(hash.line, "include " + quoted(file) + " not found");
-    case IncludeStatus::TooLarge:
-        return fail(hash.line, "include " + quoted(file) + " is larger than 16 MiB");
-    case IncludeStatus::Unreadable:
-        return fail(hash.line, "include " + quoted(file) + " could not be read");
-    }
-    m_totalBytes += content.size();
-    if (m_totalBytes > kMaxTotalBytes)
-        return fail(hash.line, "includes add up to more than 64 MiB");
-    ++m_includes;
-    m_includeStack.push_back(file);
-    const bool ok = parseSource(content, m_effect.sources.add(file));
-    m_includeStack.pop_back();
-    return ok;
 }
 
 bool Parser::parseCode(const Token& keyword)
@@ -193,18 +171,23 @@ bool Parser::takeVersion(CodePiece& piece)
         std::size_t lineEnd = piece.text.find('\n', lineStart);
         if (lineEnd == std::string::npos)
             lineEnd = piece.text.size();
-        const std::string directive = CollapseSpaces(std::string_view(piece.text).substr(lineStart, lineEnd - lineStart));
+        const std::string directive = collapseSpaces(std::string_view(piece.text).substr(lineStart, lineEnd - lineStart));
         if (directive.compare(0, 9, "#version ") == 0 || directive.compare(0, 10, "# version ") == 0) {
-            const SourceLocation at{piece.at.source, line};
-            if (!m_effect.version.empty() && m_effect.version != directive)
-                return fail(at, quoted(directive) + " differs from " + quoted(m_effect.version) + " at " +
-                                    where(m_effect.versionAt));
-            m_effect.version = directive;
-            m_effect.versionAt = at;
+            if (!setVersion(directive, {piece.at.source, line}))
+                return false;
             piece.text.replace(lineStart, lineEnd - lineStart, lineEnd - lineStart, ' ');
         }
         lineStart = lineEnd + 1;
     }
+    return true;
+}
+
+bool Parser::setVersion(const std::string& directive, SourceLocation at)
+{
+    if (!m_effect.version.empty() && m_effect.version != directive)
+        return fail(at, quoted(directive) + " differs from " + quoted(m_effect.version) + " at " + where(m_effect.versionAt));
+    m_effect.version = directive;
+    m_effect.versionAt = at;
     return true;
 }
 
@@ -338,6 +321,8 @@ bool Parser::parseStageCode(PassDescription& pass, int stage, const Token& key)
 bool Parser::parseState(PassDescription& pass, const Token& key)
 {
     const RenderStateKind* kind = findRenderState(key.text);
+    if (!kind && IsSceneLevel(key.text))
+        return refuseSceneLevel(pass.name, key);
     if (!kind) {
         if (const char* what = RefusedConstruct(key.text))
             return fail(key.line, std::string(what) + " are not supported: " + quoted(key.text));
@@ -366,6 +351,12 @@ bool Parser::parseState(PassDescription& pass, const Token& key)
     }
     pass.states.push_back(setting);
     return true;
+}
+
+bool Parser::refuseSceneLevel(std::string_view name, const Token& keyword)
+{
+    return fail(keyword.line, std::string(name) + ": scene-level block " + quoted(keyword.text) +
+                                  " is not supported by a material effect");
 }
 
 bool Parser::resolveCode()

@@ -74,9 +74,9 @@ bool MakePassContent(const EffectDescription& effect, const TechniqueDescription
     return true;
 }
 
-bool Load(Container& container, const char* text)
+bool Load(Container& container, const char* text, const char* sourceName)
 {
-    EffectDescription effect(container.getName());
+    EffectDescription effect(sourceName && *sourceName ? sourceName : container.getName());
     if (!parseEffect(text, effect))
         return false;
     ContainerContent content;
@@ -105,6 +105,11 @@ bool Load(Container& container, const char* text)
 
 bool loadEffect(IContainer* container, const char* text)
 {
+    return loadEffect(container, text, nullptr);
+}
+
+bool loadEffect(IContainer* container, const char* text, const char* sourceName)
+{
     if (!container || !text) {
         nvFX::printf("nvFX: loadEffect: %s is null\n", container ? "the text" : "the container");
         return false;
@@ -116,7 +121,7 @@ bool loadEffect(IContainer* container, const char* text)
         return false;
     }
     try {
-        return Load(target, text);
+        return Load(target, text, sourceName);
     } catch (const std::exception& error) {
         nvFX::printf("nvFX: loadEffect: %s\n", error.what());
         return false;

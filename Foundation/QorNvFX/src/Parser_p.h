@@ -2,6 +2,7 @@
 /// The parser behind parseEffect. Private to QorNvFX.
 #pragma once
 
+#include "Conditions_p.h"
 #include "EffectDescription_p.h"
 #include "Lexer_p.h"
 
@@ -11,6 +12,9 @@
 #include <vector>
 
 namespace nvFX::detail {
+
+/// `text` with runs of blanks made one space and none at either end.
+std::string collapseSpaces(std::string_view text);
 
 /// Reads one effect text and its includes into an EffectDescription; the first error is
 /// printed and ends the parse. EffectParser.cpp has the effect-scope blocks, includes
@@ -48,7 +52,16 @@ private:
     void skipOptionalSemicolon();
 
     bool parseItem(const Token& token);
-    bool parseInclude(const Token& hash);
+    bool parseDirective(const Token& hash);
+    bool parseInclude(const Token& hash, const std::string& argument);
+    bool parseCondition(const std::string& word, const std::string& argument, int line);
+    bool evaluate(const std::string& word, const std::string& argument, int line, bool& holds);
+    /// Skips the lines of branches not taken, up to the `#elif` or `#else` taken or the
+    /// `#endif` that closes the innermost condition.
+    bool skipInactive();
+    bool parseDefine(const std::string& word, const std::string& argument, int line);
+    bool addDirective(std::vector<DirectiveLine>& lines, std::string text, int line);
+    bool setVersion(const std::string& directive, SourceLocation at);
     bool parseCode(const Token& keyword);
     bool takeVersion(CodePiece& piece);
     bool parseUniform(UniformDescription& uniform);
@@ -60,6 +73,8 @@ private:
     bool parsePass(TechniqueDescription& technique, const Token& keyword);
     bool parseStageCode(PassDescription& pass, int stage, const Token& key);
     bool parseState(PassDescription& pass, const Token& key);
+    /// `name` is the refused block's own name, or its pass's for a pass state.
+    bool refuseSceneLevel(std::string_view name, const Token& keyword);
     template <typename Description>
     bool startBlock(const std::vector<Description>& earlier, const char* what, const Token& keyword,
                     Description& description);
@@ -77,7 +92,19 @@ private:
     EffectDescription& m_effect;
     Lexer* m_lexer = nullptr;
     int m_source = 0;
+    /// An `#if`, `#ifdef` or `#ifndef` whose `#endif` has not come yet.
+    struct Condition
+    {
+        std::string keyword;
+        int line = 0;
+        bool taken = false;   ///< a branch was taken: the rest are skipped
+        bool sawElse = false;
+    };
+
     std::vector<std::string> m_includeStack;
+    MacroTable m_macros;
+    std::vector<Condition> m_conditions;
+    std::size_t m_conditionBase = 0; ///< the first condition of the source being read
     int m_includes = 0;
     std::size_t m_totalBytes = 0;
 };

@@ -48,7 +48,7 @@ TEST(EffectErrorsTest, SyntaxAndStructureErrorsNameTheirLine)
          "effect(3): error: expected '{' to open pass 'P', found 'VertexProgram'"},
         {"bad character", "uniform float a;\n@", "effect(2): error: unexpected character '@'"},
         {"bad byte", "uniform float a;\n\x01", "effect(2): error: unexpected byte 0x01"},
-        {"other directive", "#define X 1", "effect(1): error: unsupported directive '#define'"},
+        {"other directive", "#line 4", "effect(1): error: unsupported directive '#line'"},
         {"bad number", "uniform float a = 1.2.3;", "effect(1): error: bad number '1.2.3'"},
         {"array size", "uniform vec4 a[0];", "effect(1): error: array size of 'a' must be a whole number from 1 to 4096"},
         {"annotation with a type", "uniform float a < string UIName = \"x\"; >;",
@@ -64,6 +64,18 @@ TEST(EffectErrorsTest, SyntaxAndStructureErrorsNameTheirLine)
     };
     for (const RefusedCase& c : cases)
         ExpectRefused(c);
+}
+
+TEST(EffectErrorsTest, MessagesNameTheSourceTheHostGivesAndTheContainerKeepsItsName)
+{
+    NvFXTest::MessageCapture capture;
+    const NvFXTest::Container container(nvFX::IContainer::create("Test"));
+    EXPECT_FALSE(nvFX::loadEffect(container.get(), "\n\nShader S { }", "shaders/glow.glslfx"));
+    EXPECT_EQ(capture.text(), "shaders/glow.glslfx(3): error: unknown block 'Shader'\n");
+    EXPECT_STREQ(container->getName(), "Test");
+    EXPECT_FALSE(nvFX::loadEffect(container.get(), "Shader S { }", ""));
+    EXPECT_NE(capture.text().find("Test(1): error: unknown block 'Shader'"), std::string::npos)
+        << "no source name: the container's";
 }
 
 TEST(EffectErrorsTest, UniformDeclarationsAreChecked)
@@ -130,15 +142,34 @@ TEST(EffectErrorsTest, ConstructsOfTheWiderFormatAreRefusedByName)
         {"sampler state", "\nSamplerState Linear { }", "effect(2): error: sampler states are not supported: 'SamplerState'"},
         {"texture", "TextureResource2D Tex { }", "effect(1): error: texture resources are not supported: 'TextureResource2D'"},
         {"namespace", "namespace Lights { }", "effect(1): error: namespaces are not supported: 'namespace'"},
-        {"CUDA", "CUDAKernel K { }", "effect(1): error: CUDA code are not supported: 'CUDAKernel'"},
         {"HLSL", "HLSL11Shader S { }", "effect(1): error: HLSL code are not supported: 'HLSL11Shader'"},
-        {"frame buffer", "FrameBufferObject F { }", "effect(1): error: frame buffers are not supported: 'FrameBufferObject'"},
         {"pass sampler", stages + "Technique T { Pass P {\n SamplerResource(s) = t; } }",
          "effect(3): error: sampler states are not supported: 'SamplerResource'"},
+    };
+    for (const RefusedCase& c : cases)
+        ExpectRefused(c);
+}
+
+TEST(EffectErrorsTest, SceneLevelBlocksAreRefusedWithTheirNamesAndLines)
+{
+    const std::string stages = kStages; // line 1
+    const char* const suffix = ": scene-level block ";
+    const RefusedCase cases[] = {
+        {"render texture", "uniform float a;\n\nRenderTexture colourTex\n{ MSAA = {0,0}; }",
+         std::string("effect(3): error: colourTex") + suffix + "'RenderTexture' is not supported by a material effect"},
+        {"render buffer", "RenderBuffer depth { }", std::string("effect(1): error: depth") + suffix + "'RenderBuffer' is not supported by a material effect"},
+        {"frame buffer", "FBO target { }", std::string("effect(1): error: target") + suffix + "'FBO' is not supported by a material effect"},
+        {"CUDA without a name", "CUDACode { }", std::string("effect(1): error: CUDACode") + suffix + "'CUDACode' is not supported by a material effect"},
+        {"OptiX", "OptixProgram trace { }", std::string("effect(1): error: trace") + suffix + "'OptixProgram' is not supported by a material effect"},
+        {"path rendering", "PathShader outline { }", std::string("effect(1): error: outline") + suffix + "'PathShader' is not supported by a material effect"},
+        {"pass clear", stages + "Technique T { Pass Shadow {\n ClearMode = all; } }",
+         std::string("effect(3): error: Shadow") + suffix + "'ClearMode' is not supported by a material effect"},
+        {"pass target", stages + "Technique T { Pass P { VertexProgram = VS;\n CurrentTarget = fbo; } }",
+         std::string("effect(3): error: P") + suffix + "'CurrentTarget' is not supported by a material effect"},
+        {"pass blit", stages + "Technique T { Pass P {\n\n BlitFBOToActiveTarget = fbo; } }",
+         std::string("effect(4): error: P") + suffix + "'BlitFBOToActiveTarget' is not supported by a material effect"},
         {"pass compute", stages + "Technique T { Pass P {\n ComputeProgram = VS; } }",
-         "effect(3): error: compute programs are not supported: 'ComputeProgram'"},
-        {"pass render target", stages + "Technique T { Pass P {\n CurrentTarget = fbo; } }",
-         "effect(3): error: frame buffers are not supported: 'CurrentTarget'"},
+         std::string("effect(3): error: P") + suffix + "'ComputeProgram' is not supported by a material effect"},
     };
     for (const RefusedCase& c : cases)
         ExpectRefused(c);

@@ -27,6 +27,11 @@ void setIncludeCallback(IncludeCallback callback);
 /// effect; the container is left empty then. A null text fails too.
 bool loadEffect(IContainer* container, const char* text);
 
+/// loadEffect, with messages about the effect's own text naming `sourceName` (its file,
+/// as the host knows it) instead of the container's name, which stays as it was
+/// created. Null or empty: the container's name.
+bool loadEffect(IContainer* container, const char* text, const char* sourceName);
+
 /// Formats like std::printf and hands the result, as one message, to the message sink.
 /// Returns the message's length, or -1 when the format cannot be formatted.
 int printf(const char* format, ...);
