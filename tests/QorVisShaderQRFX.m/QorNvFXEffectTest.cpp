@@ -186,6 +186,29 @@ TEST(QorNvFXEffectTest, FailedLoadsAnswerNullAndSay)
     effect->Release();
 }
 
+TEST(QorNvFXEffectTest, NamespacesDirectivesAndSizedByValueArraysBindByTheSameRules)
+{
+    LoadedEffect loaded(R"(
+#extension GL_ARB_gpu_shader5 : enable
+#define LIGHTS 2
+namespace lightData { uniform vec3 LightPos[] : LIGHTPOS = {0, 1, 0,  1, 0, 0}; }
+#if LIGHTS > 1
+uniform vec3 Tint = {1, 0.5, 0};
+#else
+uniform float Tint;
+#endif
+uniform mat4 WorldViewProj : WORLDVIEWPROJECTION;
+GLSLShader VS { void main() { gl_Position = WorldViewProj * gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = vec4(Tint * lightData_LightPos[LIGHTS - 1], 1.0); } }
+Technique T { Pass p { VertexProgram = VS; FragmentProgram = FS; } }
+)");
+    ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
+    EXPECT_STREQ(loaded.UniformName(loaded.effect->GetNamedUniform(QorNvFXLightPosition)), "lightData_LightPos");
+    EXPECT_STREQ(loaded.UniformName(loaded.effect->GetFeedUniform(QorFeedWorldViewProjection)), "WorldViewProj");
+    EXPECT_EQ(loaded.parameters->GetParameterIndex("Tint"), 1) << "the branch taken: a colour of three";
+    EXPECT_EQ(loaded.parameters->GetParameterIndex("lightData_LightPos"), -1) << "a light position is never the user's";
+}
+
 TEST(QorNvFXEffectTest, IncludesComeFromTheShadersFoldersOfTheSearchPaths)
 {
     QorTempDir graphic;

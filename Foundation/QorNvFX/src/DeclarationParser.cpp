@@ -72,23 +72,10 @@ bool Parser::parseUniform(UniformDescription& uniform)
         return fail(type.line, "unknown uniform type " + quoted(type.text));
     if (!expectName(name, "a uniform name"))
         return false;
-    uniform.name = std::string(name.text);
+    uniform.name = scoped(name.text, "_"); // GLSL names have no "::"
     uniform.at = {m_source, name.line};
-    if (m_lexer->peek().is('[')) {
-        m_lexer->next();
-        Token size;
-        if (!take(size))
-            return false;
-        char* end = nullptr;
-        const std::string digits(size.text);
-        const long count = size.kind == Token::Number ? std::strtol(digits.c_str(), &end, 10) : 0;
-        if (size.kind != Token::Number || *end != '\0' || count < 1 || count > kMaxArraySize)
-            return fail(size.line, "array size of " + quoted(uniform.name) + " must be a whole number from 1 to " +
-                                       std::to_string(kMaxArraySize));
-        uniform.arraySize = static_cast<int>(count);
-        if (!expect(']', "after the array size"))
-            return false;
-    }
+    if (m_lexer->peek().is('[') && !parseArraySize(uniform))
+        return false;
     if (m_lexer->peek().is(':')) {
         m_lexer->next();
         Token semantic;
@@ -103,7 +90,30 @@ bool Parser::parseUniform(UniformDescription& uniform)
         if (!parseDefault(uniform))
             return false;
     }
+    if (uniform.arraySize == kSizedByValue)
+        return fail(uniform.at, "array " + quoted(uniform.name) + " has neither a size nor a value to size it");
     return expect(';', "after the declaration of " + quoted(uniform.name));
+}
+
+// "[N]", or "[]" for an array as long as its value.
+bool Parser::parseArraySize(UniformDescription& uniform)
+{
+    m_lexer->next();
+    Token size;
+    if (!take(size))
+        return false;
+    if (size.is(']')) {
+        uniform.arraySize = kSizedByValue;
+        return true;
+    }
+    char* end = nullptr;
+    const std::string digits(size.text);
+    const long count = size.kind == Token::Number ? std::strtol(digits.c_str(), &end, 10) : 0;
+    if (size.kind != Token::Number || *end != '\0' || count < 1 || count > kMaxArraySize)
+        return fail(size.line, "array size of " + quoted(uniform.name) + " must be a whole number from 1 to " +
+                                   std::to_string(kMaxArraySize));
+    uniform.arraySize = static_cast<int>(count);
+    return expect(']', "after the array size");
 }
 
 bool Parser::parseDefault(UniformDescription& uniform)
@@ -112,7 +122,9 @@ bool Parser::parseDefault(UniformDescription& uniform)
     const std::string what = "uniform " + quoted(uniform.name) + " (" + type.keyword + (uniform.arraySize ? "[]" : "") + ")";
     if (type.base == ValueBase::Sampler)
         return fail(uniform.at, what + ": a sampler takes no value");
-    const std::size_t expected = static_cast<std::size_t>(type.components) * std::max(uniform.arraySize, 1);
+    const bool sizedByValue = uniform.arraySize == kSizedByValue;
+    const std::size_t expected =
+        static_cast<std::size_t>(type.components) * (sizedByValue ? kMaxArraySize : std::max(uniform.arraySize, 1));
     const bool ok = parseList(takeOpeningBrace(), true, "the value of " + what, [&] {
         Token token;
         double value = 0.0;
@@ -125,12 +137,21 @@ bool Parser::parseDefault(UniformDescription& uniform)
         if (type.base == ValueBase::Int && value != std::floor(value))
             return fail(token.line, what + " takes whole numbers");
         if (uniform.values.size() == expected)
-            return fail(token.line, what + " takes " + std::to_string(expected) + " values, more are given");
+            return fail(token.line, sizedByValue ? what + " has more than " + std::to_string(kMaxArraySize) + " elements"
+                                                 : what + " takes " + std::to_string(expected) + " values, more are given");
         uniform.values.push_back(value);
         return true;
     });
     if (!ok)
         return false;
+    if (sizedByValue) {
+        const std::size_t elements = uniform.values.size() / type.components;
+        if (elements == 0 || elements * type.components != uniform.values.size())
+            return fail(uniform.at, what + " takes whole elements of " + std::to_string(type.components) +
+                                        " values, " + std::to_string(uniform.values.size()) + " given");
+        uniform.arraySize = static_cast<int>(elements);
+        return true;
+    }
     if (uniform.values.size() != expected)
         return fail(uniform.at, what + " takes " + std::to_string(expected) + " values, " +
                                     std::to_string(uniform.values.size()) + " given");

@@ -23,11 +23,14 @@ struct AnnotationEntry
 };
 using AnnotationList = std::vector<AnnotationEntry>;
 
+/// The array size of `uniform vec3 a[] = {...}` while its value is being read.
+constexpr int kSizedByValue = -1;
+
 struct UniformDescription
 {
     const ValueType* type = nullptr;
     std::string name;
-    int arraySize = 0; ///< 0: not an array
+    int arraySize = 0; ///< 0: not an array; kSizedByValue until its value is read
     std::string semantic;
     AnnotationList annotations;
     std::vector<double> values; ///< the default, all components; empty when none

@@ -3,6 +3,7 @@
 #include "Parser_p.h"
 #include "ValueTypes_p.h"
 
+#include <type_traits>
 #include <utility>
 
 namespace nvFX::detail {
@@ -21,6 +22,7 @@ namespace {
 // declaration of one stage with each of the other: its work grows with the square of
 // the count (100,000 uniforms took 13 s). No driver takes near this many.
 constexpr std::size_t kMaxUniforms = 4096;
+constexpr std::size_t kMaxNamespaceDepth = 16;
 
 // Constructs of the wider ".glslfx" format this runtime does not read yet, by the start
 // of their keywords, with what they are.
@@ -33,7 +35,6 @@ struct Refused
 constexpr Refused kRefused[] = {
     {"Sampler", "sampler states"},    {"sampler_state", "sampler states"},
     {"Texture", "texture resources"}, {"Image", "texture resources"},
-    {"Namespace", "namespaces"},      {"namespace", "namespaces"},
     {"HLSL", "HLSL code"},
 };
 
@@ -121,6 +122,8 @@ bool Parser::parseItem(const Token& token)
     }
     if (token.is("ConstantBuffer"))
         return parseBuffer(token);
+    if (token.is("namespace"))
+        return parseNamespace(token);
     if (token.is("Technique"))
         return parseTechnique(token);
     if (token.kind == Token::Identifier) {
@@ -139,7 +142,7 @@ bool Parser::parseCode(const Token& keyword)
 {
     CodePiece piece;
     if (m_lexer->peek().kind == Token::Identifier) {
-        piece.name = std::string(m_lexer->next().text);
+        piece.name = scoped(m_lexer->next().text, "::");
         if (const CodePiece* earlier = m_effect.findCode(piece.name))
             return fail(keyword.line, "code " + quoted(piece.name) + " declared again (first at " + where(earlier->at) + ")");
     }
@@ -215,13 +218,44 @@ bool Parser::startBlock(const std::vector<Description>& earlier, const char* wha
     Token name;
     if (!expectName(name, std::string("a ") + what + " name"))
         return false;
+    // A constant buffer's name is GLSL's block name; techniques and passes stand outside namespaces.
+    const std::string full = std::is_same_v<Description, BufferDescription> ? scoped(name.text, "_")
+                                                                            : std::string(name.text);
     for (const Description& other : earlier)
-        if (other.name == name.text)
-            return fail(name.line, std::string(what) + " " + quoted(name.text) + " declared again (first at " +
+        if (other.name == full)
+            return fail(name.line, std::string(what) + " " + quoted(full) + " declared again (first at " +
                                        where(other.at) + ")");
-    description.name = std::string(name.text);
+    description.name = full;
     description.at = {m_source, keyword.line};
     return true;
+}
+
+std::string Parser::scoped(std::string_view name, const char* separator) const
+{
+    std::string result;
+    for (const std::string& space : m_namespaces)
+        result += space + separator;
+    return result + std::string(name);
+}
+
+bool Parser::parseNamespace(const Token& keyword)
+{
+    Token name;
+    if (!expectName(name, "a namespace name"))
+        return false;
+    if (m_namespaces.size() == kMaxNamespaceDepth)
+        return fail(keyword.line, "namespaces nest deeper than " + std::to_string(kMaxNamespaceDepth) + " levels");
+    const std::string context = "namespace " + quoted(name.text);
+    m_namespaces.emplace_back(name.text);
+    const bool ok = parseBlockBody(context, [&](const Token& token) {
+        if (token.kind == Token::End)
+            return fail(token.line, "expected '}' to close " + context + ", found the end of the text");
+        if (token.is("Technique"))
+            return fail(token.line, "techniques are declared outside namespaces, not in " + context);
+        return parseItem(token);
+    });
+    m_namespaces.pop_back();
+    return ok;
 }
 
 template <typename Item>
@@ -313,7 +347,15 @@ bool Parser::parseStageCode(PassDescription& pass, int stage, const Token& key)
         Token name;
         if (!expectName(name, "a code name for " + quoted(key.text)))
             return false;
-        pass.stages[stage].push_back({std::string(name.text), {m_source, name.line}});
+        std::string code(name.text);
+        while (m_lexer->peek().is(':')) { // NAMESPACE::Code
+            m_lexer->next();
+            if (!expect(':', "after ':' in " + quoted(code + ":")) ||
+                !expectName(name, "a code name after " + quoted(code + "::")))
+                return false;
+            code += "::" + std::string(name.text);
+        }
+        pass.stages[stage].push_back({std::move(code), {m_source, name.line}});
         return true;
     });
 }

@@ -65,10 +65,14 @@ private:
     bool parseCode(const Token& keyword);
     bool takeVersion(CodePiece& piece);
     bool parseUniform(UniformDescription& uniform);
+    bool parseArraySize(UniformDescription& uniform);
     bool parseDefault(UniformDescription& uniform);
     bool parseNumber(const Token& first, double& value);
     bool addUniform(UniformDescription uniform);
     bool parseBuffer(const Token& keyword);
+    bool parseNamespace(const Token& keyword);
+    /// `name` after the names of the namespaces it stands in, each followed by `separator`.
+    std::string scoped(std::string_view name, const char* separator) const;
     bool parseTechnique(const Token& keyword);
     bool parsePass(TechniqueDescription& technique, const Token& keyword);
     bool parseStageCode(PassDescription& pass, int stage, const Token& key);
@@ -102,6 +106,7 @@ private:
     };
 
     std::vector<std::string> m_includeStack;
+    std::vector<std::string> m_namespaces; ///< those the parser is in, outermost first
     MacroTable m_macros;
     std::vector<Condition> m_conditions;
     std::size_t m_conditionBase = 0; ///< the first condition of the source being read

@@ -141,7 +141,6 @@ TEST(EffectErrorsTest, ConstructsOfTheWiderFormatAreRefusedByName)
     const RefusedCase cases[] = {
         {"sampler state", "\nSamplerState Linear { }", "effect(2): error: sampler states are not supported: 'SamplerState'"},
         {"texture", "TextureResource2D Tex { }", "effect(1): error: texture resources are not supported: 'TextureResource2D'"},
-        {"namespace", "namespace Lights { }", "effect(1): error: namespaces are not supported: 'namespace'"},
         {"HLSL", "HLSL11Shader S { }", "effect(1): error: HLSL code are not supported: 'HLSL11Shader'"},
         {"pass sampler", stages + "Technique T { Pass P {\n SamplerResource(s) = t; } }",
          "effect(3): error: sampler states are not supported: 'SamplerResource'"},
