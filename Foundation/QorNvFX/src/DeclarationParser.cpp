@@ -29,6 +29,16 @@ std::string Unescape(std::string_view text)
     return result;
 }
 
+// Int types take whole numbers in their range; the others any number.
+bool takesValue(ValueBase base, double value)
+{
+    if (base == ValueBase::Int)
+        return value == std::floor(value) && value >= -2147483648.0 && value <= 2147483647.0;
+    if (base == ValueBase::UInt)
+        return value == std::floor(value) && value >= 0.0 && value <= 4294967295.0;
+    return true;
+}
+
 } // namespace
 
 bool Parser::take(Token& token)
@@ -134,8 +144,9 @@ bool Parser::parseDefault(UniformDescription& uniform)
             value = token.is("true") ? 1.0 : 0.0;
         else if (!parseNumber(token, value))
             return false;
-        if (type.base == ValueBase::Int && value != std::floor(value))
-            return fail(token.line, what + " takes whole numbers");
+        if (!takesValue(type.base, value))
+            return fail(token.line, what + (type.base == ValueBase::UInt ? " takes whole numbers from 0 to 4294967295"
+                                                                         : " takes whole numbers from -2147483648 to 2147483647"));
         if (uniform.values.size() == expected)
             return fail(token.line, sizedByValue ? what + " has more than " + std::to_string(kMaxArraySize) + " elements"
                                                  : what + " takes " + std::to_string(expected) + " values, more are given");
