@@ -85,6 +85,16 @@ struct PassDescription
     SourceLocation at;
 };
 
+/// A named RasterizationState, DepthStencilState or ColorSampleState block: passes that
+/// name it get its states where they name it.
+struct StateBlockDescription
+{
+    std::string name;
+    StateFamily family = StateFamily::Rasterization;
+    std::vector<RenderStateSetting> states;
+    SourceLocation at;
+};
+
 struct TechniqueDescription
 {
     std::string name;
@@ -120,6 +130,7 @@ struct EffectDescription
     std::vector<BufferDescription> buffers;
     std::vector<DirectiveLine> directives; ///< in place among the scope's items
     std::vector<DirectiveLine> extensions; ///< every stage has them right after its version
+    std::vector<StateBlockDescription> stateBlocks;
     std::vector<TechniqueDescription> techniques;
     std::string version;   ///< the shared code's "#version ..." line; empty when none
     SourceLocation versionAt;

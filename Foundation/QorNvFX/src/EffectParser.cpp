@@ -1,6 +1,7 @@
 #include "EffectParser_p.h"
 
 #include "Parser_p.h"
+#include "Lookup_p.h"
 #include "ValueTypes_p.h"
 
 #include <type_traits>
@@ -23,6 +24,20 @@ namespace {
 // the count (100,000 uniforms took 13 s). No driver takes near this many.
 constexpr std::size_t kMaxUniforms = 4096;
 constexpr std::size_t kMaxNamespaceDepth = 16;
+// Passes copy a block's states where they name it; each block costs its states' bytes.
+constexpr std::size_t kMaxStateBlocks = 1024;
+
+struct StateBlockKeyword
+{
+    const char* keyword;
+    StateFamily family;
+};
+
+constexpr StateBlockKeyword kStateBlocks[] = {
+    {"RasterizationState", StateFamily::Rasterization},
+    {"DepthStencilState", StateFamily::DepthStencil},
+    {"ColorSampleState", StateFamily::ColorSample},
+};
 
 // Constructs of the wider ".glslfx" format this runtime does not read yet, by the start
 // of their keywords, with what they are.
@@ -124,6 +139,9 @@ bool Parser::parseItem(const Token& token)
         return parseBuffer(token);
     if (token.is("namespace"))
         return parseNamespace(token);
+    if (token.kind == Token::Identifier)
+        if (const StateBlockKeyword* block = inTable(kStateBlocks, &StateBlockKeyword::keyword, token.text))
+            return parseStateBlock(token, block->family);
     if (token.is("Technique"))
         return parseTechnique(token);
     if (token.kind == Token::Identifier) {
@@ -328,8 +346,11 @@ bool Parser::parsePass(TechniqueDescription& technique, const Token& keyword)
                         int stage = 0;
                         while (stage < StageCount && key.text != kStageKeys[stage])
                             ++stage;
-                        const bool assigned =
-                            stage < StageCount ? parseStageCode(pass, stage, key) : parseState(pass, key);
+                        const StateBlockKeyword* block =
+                            inTable(kStateBlocks, &StateBlockKeyword::keyword, key.text);
+                        const bool assigned = stage < StageCount ? parseStageCode(pass, stage, key)
+                                              : block ? parseStateReference(pass, key, block->family)
+                                                      : parseState(pass.states, key, pass.name, nullptr);
                         return assigned && expect(';', "after " + quoted(key.text));
                     });
     if (ok)
@@ -360,16 +381,61 @@ bool Parser::parseStageCode(PassDescription& pass, int stage, const Token& key)
     });
 }
 
-bool Parser::parseState(PassDescription& pass, const Token& key)
+bool Parser::parseStateBlock(const Token& keyword, StateFamily family)
+{
+    StateBlockDescription block;
+    block.family = family;
+    const std::string context = std::string(keyword.text) + " " + quoted(m_lexer->peek().text);
+    if (!startBlock(m_effect.stateBlocks, "state block", keyword, block))
+        return false;
+    if (m_effect.stateBlocks.size() == kMaxStateBlocks)
+        return fail(keyword.line, "more than " + std::to_string(kMaxStateBlocks) + " state blocks in one effect");
+    const bool ok = parseBlockBody(context, [&](const Token& key) {
+        if (key.kind != Token::Identifier)
+            return fail(key.line, "expected a state or '}' in " + context + ", found " + describe(key));
+        return parseState(block.states, key, block.name, &family) && expect(';', "after " + quoted(key.text));
+    });
+    if (ok)
+        m_effect.stateBlocks.push_back(std::move(block));
+    return ok;
+}
+
+// The block must be declared before the pass, as a name in C.
+bool Parser::parseStateReference(PassDescription& pass, const Token& key, StateFamily family)
+{
+    Token name;
+    if (!expect('=', "after " + quoted(key.text)) || !expectName(name, "a state block name for " + quoted(key.text)))
+        return false;
+    for (const StateBlockDescription& block : m_effect.stateBlocks) {
+        if (block.name != name.text)
+            continue;
+        if (block.family != family)
+            return fail(name.line, "state block " + quoted(name.text) + " (declared at " + where(block.at) + ") is not a " +
+                                       std::string(key.text));
+        pass.states.insert(pass.states.end(), block.states.begin(), block.states.end());
+        return true;
+    }
+    return fail(name.line, "pass " + quoted(pass.name) + " names " + std::string(key.text) + " " + quoted(name.text) +
+                               ", which is not declared before it");
+}
+
+bool Parser::parseState(std::vector<RenderStateSetting>& states, const Token& key, std::string_view owner,
+                        const StateFamily* family)
 {
     const RenderStateKind* kind = findRenderState(key.text);
     if (!kind && IsSceneLevel(key.text))
-        return refuseSceneLevel(pass.name, key);
+        return refuseSceneLevel(owner, key);
     if (!kind) {
         if (const char* what = RefusedConstruct(key.text))
             return fail(key.line, std::string(what) + " are not supported: " + quoted(key.text));
+        if (family)
+            return fail(key.line, "unknown state " + quoted(key.text) + " in " + quoted(std::string(owner)) + " (" +
+                                      std::string(describeFamily(*family)) + ")");
         return fail(key.line, "unknown pass state " + quoted(key.text));
     }
+    if (family && familyOf(*kind) != *family)
+        return fail(key.line, quoted(key.text) + " does not belong in " + quoted(std::string(owner)) + " (" +
+                                  std::string(describeFamily(*family)) + ")");
     if (!expect('=', "after " + quoted(key.text)))
         return false;
     RenderStateSetting setting;
@@ -391,7 +457,7 @@ bool Parser::parseState(PassDescription& pass, const Token& key)
             return fail(word.line, describe(word) + " is not a value of " + quoted(key.text) + " (" +
                                        std::string(describeStateWords(*kind)) + ")");
     }
-    pass.states.push_back(setting);
+    states.push_back(setting);
     return true;
 }
 

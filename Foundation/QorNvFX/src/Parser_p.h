@@ -76,7 +76,12 @@ private:
     bool parseTechnique(const Token& keyword);
     bool parsePass(TechniqueDescription& technique, const Token& keyword);
     bool parseStageCode(PassDescription& pass, int stage, const Token& key);
-    bool parseState(PassDescription& pass, const Token& key);
+    /// A state `key = value;` (without the ';') into `states`; `owner` names the pass or
+    /// block in messages, `family` (when not null) the only family the states may be of.
+    bool parseState(std::vector<RenderStateSetting>& states, const Token& key, std::string_view owner,
+                    const StateFamily* family);
+    bool parseStateBlock(const Token& keyword, StateFamily family);
+    bool parseStateReference(PassDescription& pass, const Token& key, StateFamily family);
     /// `name` is the refused block's own name, or its pass's for a pass state.
     bool refuseSceneLevel(std::string_view name, const Token& keyword);
     template <typename Description>

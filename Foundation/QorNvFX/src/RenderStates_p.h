@@ -27,8 +27,19 @@ enum class RenderStateSyntax
     TwoFloats, ///< a brace list of two numbers
 };
 
+/// The named state blocks a pass may refer to, each holding states of its family.
+enum class StateFamily
+{
+    Rasterization, ///< RasterizationState: culling, front face, polygon mode and offset
+    DepthStencil,  ///< DepthStencilState: depth test, function and mask, stencil test
+    ColorSample,   ///< ColorSampleState: blending, its factors and equation
+};
+
 /// The state of `name` (e.g. "DEPTH_FUNC"); null for one this runtime does not know.
 const RenderStateKind* findRenderState(std::string_view name);
+StateFamily familyOf(const RenderStateKind& kind);
+/// The states of `family`, for messages ("CULL_FACE, CULL_FACE_MODE, ...").
+std::string_view describeFamily(StateFamily family);
 RenderStateSyntax syntaxOf(const RenderStateKind& kind);
 /// Reads a Boolean or Enum state's value from its word; false when the word is not one
 /// of the values the state takes.

@@ -136,6 +136,37 @@ TEST(EffectErrorsTest, PassesAreChecked)
         ExpectRefused(c);
 }
 
+TEST(EffectErrorsTest, StateBlocksAreCheckedWhereTheyAreWrittenAndNamed)
+{
+    const std::string stages = kStages; // line 1
+    const RefusedCase cases[] = {
+        {"state of another family", "RasterizationState R {\n DEPTH_TEST = true; }",
+         "effect(2): error: 'DEPTH_TEST' does not belong in 'R' (CULL_FACE, CULL_FACE_MODE, FRONT_FACE, POLYGON_MODE, "
+         "POLYGON_OFFSET)"},
+        {"unknown state", "ColorSampleState C { WIREFRAME = true; }",
+         "effect(1): error: unknown state 'WIREFRAME' in 'C' (BLEND, BLEND_SRC, BLEND_DST, BLEND_EQUATION)"},
+        {"unknown value", "DepthStencilState D { DEPTH_FUNC = SOMETIMES; }",
+         "effect(1): error: 'SOMETIMES' is not a value of 'DEPTH_FUNC' (GL_NEVER, GL_LESS, GL_EQUAL, GL_LEQUAL, "
+         "GL_GREATER, GL_NOTEQUAL, GL_GEQUAL, GL_ALWAYS)"},
+        {"missing value", "DepthStencilState D { DEPTH_TEST; }", "effect(1): error: expected '=' after 'DEPTH_TEST', found ';'"},
+        {"scene state in a block", "DepthStencilState D { ClearMode = all; }",
+         "effect(1): error: D: scene-level block 'ClearMode' is not supported by a material effect"},
+        {"block declared twice", "DepthStencilState D { }\nColorSampleState D { }",
+         "effect(2): error: state block 'D' declared again (first at effect(1))"},
+        {"undeclared block", stages + "Technique T { Pass P { VertexProgram = VS;\n DepthStencilState = Later; } }",
+         "effect(3): error: pass 'P' names DepthStencilState 'Later', which is not declared before it"},
+        {"block of another family", "DepthStencilState D { }\n" + stages +
+                                        "Technique T { Pass P {\n ColorSampleState = D; } }",
+         "effect(4): error: state block 'D' (declared at effect(1)) is not a ColorSampleState"},
+    };
+    for (const RefusedCase& c : cases)
+        ExpectRefused(c);
+    std::string many;
+    for (int i = 0; i < 10000; ++i)
+        many += "RasterizationState R" + std::to_string(i) + " { CULL_FACE = true; }\n";
+    ExpectRefused({"ten thousand blocks", many, "effect(1025): error: more than 1024 state blocks in one effect"});
+}
+
 TEST(EffectErrorsTest, ConstructsOfTheWiderFormatAreRefusedByName)
 {
     const std::string stages = kStages;

@@ -209,3 +209,43 @@ TEST_F(PassGLTest, ProgramsAreMadeOnceAndGoWithTheirContainer)
     loaded.container.reset();
     EXPECT_FALSE(glIsProgram(program));
 }
+
+// Named state blocks: the pixel shows each took effect (culling hides a back face, the
+// depth function rejects a fragment, blending adds), and after the pass GL is as before.
+TEST(PassStateBlocksGLTest, BlocksTakeEffectForTheirPassesAndArePutBack)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
+uniform vec4 Colour = {0.25, 0.5, 0, 1};
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = Colour; } }
+RasterizationState CullFronts { CULL_FACE = true; CULL_FACE_MODE = GL_BACK; FRONT_FACE = GL_CW; }
+DepthStencilState Never { DEPTH_TEST = true; DEPTH_FUNC = GL_NEVER; DEPTH_WRITEMASK = false; }
+ColorSampleState Add { BLEND = true; BLEND_SRC = GL_ONE; BLEND_DST = GL_ONE; BLEND_EQUATION = GL_FUNC_ADD; }
+Technique T
+{
+    Pass Culled { VertexProgram = VS; FragmentProgram = FS; RasterizationState = CullFronts; }
+    Pass Rejected { VertexProgram = VS; FragmentProgram = FS; DepthStencilState = Never; }
+    Pass Added { VertexProgram = VS; FragmentProgram = FS; ColorSampleState = Add; DEPTH_TEST = false; }
+}
+)");
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    nvFX::ITechnique& technique = *loaded.container->findTechnique(0);
+    glClearColor(0.5f, 0.0f, 0.0f, 1.0f);
+    glDisable(GL_DEPTH_TEST);
+    const std::vector<float> before = RenderStates();
+    GLint frontFace = 0;
+    const Rgba background = {128, 0, 0, 255};
+    for (int i = 0; i < 3; ++i) {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        const Rgba drawn = DrawWith(*technique.getPass(i), gl);
+        SCOPED_TRACE(technique.getPass(i)->getName());
+        // The quad is counter-clockwise: with GL_CW it is a back face, and culled.
+        ExpectNear(drawn, i == 2 ? Rgba{192, 128, 0, 255} : background);
+        EXPECT_EQ(RenderStates(), before);
+        glGetIntegerv(GL_FRONT_FACE, &frontFace);
+        EXPECT_EQ(frontFace, GL_CCW);
+    }
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
