@@ -209,6 +209,23 @@ Technique T { Pass p { VertexProgram = VS; FragmentProgram = FS; } }
     EXPECT_EQ(loaded.parameters->GetParameterIndex("lightData_LightPos"), -1) << "a light position is never the user's";
 }
 
+TEST(QorNvFXEffectTest, ASamplersTextureResourceNamesItsDefaultFile)
+{
+    QorRegistryGuard guard; // the texture value registers its file
+    LoadedEffect loaded(R"(
+uniform sampler2D Albedo;
+TextureResource2D Wood < defaultFile = "wood.tif"; >;
+SamplerState Tiled { TEXTURE_WRAP_S = REPEAT; TEXTURE_WRAP_T = REPEAT; }
+GLSLShader FS { void main() { gl_FragColor = texture(Albedo, vec2(0.5)); } }
+Technique T { Pass p { FragmentProgram = FS; SamplerResource(Albedo) = { Wood, Tiled }; } }
+)");
+    ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
+    ASSERT_EQ(loaded.parameters->GetParameterIndex("Albedo"), 1);
+    char* file = nullptr;
+    loaded.parameters->GetTextureValue(1, &file, 0);
+    EXPECT_STREQ(file, "wood.tif") << "a user parameter whose default file is the texture resource's";
+}
+
 TEST(QorNvFXEffectTest, IncludesComeFromTheShadersFoldersOfTheSearchPaths)
 {
     QorTempDir graphic;

@@ -5,6 +5,7 @@
 #include "nvFX/IContainerEx.h"
 
 #include "ConstantBuffer_p.h"
+#include "SamplerStates_p.h"
 #include "Technique_p.h"
 #include "Uniform_p.h"
 
@@ -19,6 +20,7 @@ struct ContainerContent
 {
     std::vector<std::unique_ptr<Uniform>> uniforms;       ///< effect scope, in order
     std::vector<std::unique_ptr<ConstantBuffer>> buffers; ///< own their members
+    std::vector<std::unique_ptr<SamplerStateObject>> samplerStates; ///< passes borrow them
     std::vector<std::unique_ptr<Technique>> techniques;
 };
 

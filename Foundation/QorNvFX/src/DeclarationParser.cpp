@@ -200,13 +200,13 @@ bool Parser::parseOptionalAnnotations(AnnotationList& annotations)
     return parseAnnotations(annotations);
 }
 
-bool Parser::parseAnnotations(AnnotationList& annotations)
+bool Parser::parseAnnotations(AnnotationList& annotations, char closing)
 {
     for (Token name; take(name);) {
-        if (name.is('>'))
+        if (name.is(closing))
             return true;
         if (name.kind != Token::Identifier)
-            return fail(name.line, "expected an annotation name or '>', found " + describe(name));
+            return fail(name.line, std::string("expected an annotation name or '") + closing + "', found " + describe(name));
         if (annotations.size() == kMaxAnnotations)
             return fail(name.line, "more than " + std::to_string(kMaxAnnotations) + " annotations");
         AnnotationEntry entry;
@@ -227,7 +227,7 @@ bool Parser::parseAnnotations(AnnotationList& annotations)
             entry.numbers.push_back(static_cast<float>(number));
         }
         annotations.push_back(std::move(entry));
-        if (m_lexer->peek().is('>'))
+        if (m_lexer->peek().is(closing))
             continue;
         if (!expect(';', "after annotation " + quoted(annotations.back().name)))
             return false;

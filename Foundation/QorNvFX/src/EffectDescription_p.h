@@ -5,6 +5,7 @@
 
 #include "Messages_p.h"
 #include "RenderStates_p.h"
+#include "SamplerStates_p.h"
 
 #include <cstddef>
 #include <string>
@@ -76,12 +77,21 @@ enum StageIndex
     StageCount,
 };
 
+/// `SamplerResource(NAME) = { TEXTURE, STATE };` or `SamplerState(NAME) = STATE;` of a pass.
+struct SamplerAssignment
+{
+    std::string sampler;  ///< an effect-scope sampler uniform
+    std::size_t state;    ///< into EffectDescription::samplerStates
+    SourceLocation at;
+};
+
 struct PassDescription
 {
     std::string name;
     AnnotationList annotations;
     std::vector<CodeReference> stages[StageCount];
     std::vector<RenderStateSetting> states;
+    std::vector<SamplerAssignment> samplers;
     SourceLocation at;
 };
 
@@ -92,6 +102,23 @@ struct StateBlockDescription
     std::string name;
     StateFamily family = StateFamily::Rasterization;
     std::vector<RenderStateSetting> states;
+    SourceLocation at;
+};
+
+struct SamplerStateDescription
+{
+    std::string name;
+    std::vector<SamplerParameter> parameters;
+    SourceLocation at;
+};
+
+/// A TextureResource block: the texture a sampler of its kind reads, named by its
+/// annotations (its "defaultFile"); the host binds the texture itself.
+struct TextureResourceDescription
+{
+    std::string name;
+    std::string samplerType; ///< the sampler keyword it fits ("sampler2D", ...)
+    AnnotationList annotations;
     SourceLocation at;
 };
 
@@ -131,6 +158,8 @@ struct EffectDescription
     std::vector<DirectiveLine> directives; ///< in place among the scope's items
     std::vector<DirectiveLine> extensions; ///< every stage has them right after its version
     std::vector<StateBlockDescription> stateBlocks;
+    std::vector<SamplerStateDescription> samplerStates;
+    std::vector<TextureResourceDescription> textures;
     std::vector<TechniqueDescription> techniques;
     std::string version;   ///< the shared code's "#version ..." line; empty when none
     SourceLocation versionAt;

@@ -4,7 +4,6 @@
 #include "Lookup_p.h"
 #include "ValueTypes_p.h"
 
-#include <type_traits>
 #include <utility>
 
 namespace nvFX::detail {
@@ -51,6 +50,19 @@ constexpr Refused kRefused[] = {
     {"Sampler", "sampler states"},    {"sampler_state", "sampler states"},
     {"Texture", "texture resources"}, {"Image", "texture resources"},
     {"HLSL", "HLSL code"},
+};
+
+// Texture resources by kind, with the sampler type each fits.
+struct TextureKeyword
+{
+    const char* keyword;
+    const char* samplerType;
+};
+
+constexpr TextureKeyword kTextures[] = {
+    {"TextureResource1D", "sampler1D"},     {"TextureResource2D", "sampler2D"},
+    {"TextureResource3D", "sampler3D"},     {"TextureResourceCube", "samplerCube"},
+    {"TextureResourceRect", "sampler2DRect"},
 };
 
 // What belongs to drawing a scene rather than a surface (targets, clears, blits, compute
@@ -139,9 +151,14 @@ bool Parser::parseItem(const Token& token)
         return parseBuffer(token);
     if (token.is("namespace"))
         return parseNamespace(token);
-    if (token.kind == Token::Identifier)
+    if (token.kind == Token::Identifier) {
         if (const StateBlockKeyword* block = inTable(kStateBlocks, &StateBlockKeyword::keyword, token.text))
             return parseStateBlock(token, block->family);
+        if (const TextureKeyword* texture = inTable(kTextures, &TextureKeyword::keyword, token.text))
+            return parseTextureResource(token, texture->samplerType);
+    }
+    if (token.is("SamplerState"))
+        return parseSamplerState(token);
     if (token.is("Technique"))
         return parseTechnique(token);
     if (token.kind == Token::Identifier) {
@@ -229,25 +246,6 @@ bool Parser::addUniform(UniformDescription uniform)
     return true;
 }
 
-template <typename Description>
-bool Parser::startBlock(const std::vector<Description>& earlier, const char* what, const Token& keyword,
-                        Description& description)
-{
-    Token name;
-    if (!expectName(name, std::string("a ") + what + " name"))
-        return false;
-    // A constant buffer's name is GLSL's block name; techniques and passes stand outside namespaces.
-    const std::string full = std::is_same_v<Description, BufferDescription> ? scoped(name.text, "_")
-                                                                            : std::string(name.text);
-    for (const Description& other : earlier)
-        if (other.name == full)
-            return fail(name.line, std::string(what) + " " + quoted(full) + " declared again (first at " +
-                                       where(other.at) + ")");
-    description.name = full;
-    description.at = {m_source, keyword.line};
-    return true;
-}
-
 std::string Parser::scoped(std::string_view name, const char* separator) const
 {
     std::string result;
@@ -274,22 +272,6 @@ bool Parser::parseNamespace(const Token& keyword)
     });
     m_namespaces.pop_back();
     return ok;
-}
-
-template <typename Item>
-bool Parser::parseBlockBody(const std::string& context, Item item)
-{
-    if (!expect('{', "to open " + context))
-        return false;
-    for (Token token; take(token);) {
-        if (token.is('}')) {
-            skipOptionalSemicolon();
-            return true;
-        }
-        if (!item(token))
-            return false;
-    }
-    return false;
 }
 
 bool Parser::parseBuffer(const Token& keyword)
@@ -348,9 +330,11 @@ bool Parser::parsePass(TechniqueDescription& technique, const Token& keyword)
                             ++stage;
                         const StateBlockKeyword* block =
                             inTable(kStateBlocks, &StateBlockKeyword::keyword, key.text);
+                        const bool sampler = key.is("SamplerResource") || key.is("SamplerState");
                         const bool assigned = stage < StageCount ? parseStageCode(pass, stage, key)
-                                              : block ? parseStateReference(pass, key, block->family)
-                                                      : parseState(pass.states, key, pass.name, nullptr);
+                                              : block            ? parseStateReference(pass, key, block->family)
+                                              : sampler          ? parseSamplerAssignment(pass, key)
+                                                                 : parseState(pass.states, key, pass.name, nullptr);
                         return assigned && expect(';', "after " + quoted(key.text));
                     });
     if (ok)

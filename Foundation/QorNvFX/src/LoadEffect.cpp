@@ -34,6 +34,8 @@ void MakeUniforms(const EffectDescription& effect, ContainerContent& content, Na
         if (sampler)
             nextUnit += elements;
     }
+    for (const SamplerStateDescription& state : effect.samplerStates)
+        content.samplerStates.push_back(std::make_unique<SamplerStateObject>(state.parameters));
     for (const BufferDescription& description : effect.buffers) {
         auto buffer = std::make_unique<ConstantBuffer>(description.name, static_cast<unsigned int>(content.buffers.size()));
         for (const UniformDescription& member : description.members) {
@@ -48,8 +50,12 @@ void MakeUniforms(const EffectDescription& effect, ContainerContent& content, Na
 // Compiles one pass with glslang and says which uniforms and buffers it uses; false
 // after printing why it does not compile or link.
 bool MakePassContent(const EffectDescription& effect, const TechniqueDescription& technique,
-                     const PassDescription& pass, const NameIndex& index, PassContent& content)
+                     const PassDescription& pass, const NameIndex& index, const ContainerContent& made,
+                     PassContent& content)
 {
+    for (const SamplerAssignment& assignment : pass.samplers)
+        content.samplerStates.emplace_back(index.uniforms.at(assignment.sampler),
+                                           made.samplerStates[assignment.state].get());
     content.name = pass.name;
     content.label = "pass '" + pass.name + "' of technique '" + technique.name + "'";
     for (int stage = 0; stage < StageCount; ++stage)
@@ -87,7 +93,7 @@ bool Load(Container& container, const char* text, const char* sourceName)
         std::vector<std::unique_ptr<Pass>> passes;
         for (const PassDescription& pass : technique.passes) {
             PassContent passContent;
-            if (!MakePassContent(effect, technique, pass, index, passContent))
+            if (!MakePassContent(effect, technique, pass, index, content, passContent))
                 compiled = false;
             else
                 passes.push_back(std::make_unique<Pass>(std::move(passContent)));

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace nvFX::detail {
@@ -82,6 +83,13 @@ private:
                     const StateFamily* family);
     bool parseStateBlock(const Token& keyword, StateFamily family);
     bool parseStateReference(PassDescription& pass, const Token& key, StateFamily family);
+    bool parseSamplerState(const Token& keyword);
+    bool parseTextureResource(const Token& keyword, const char* samplerType);
+    /// `SamplerResource(NAME) = ...` or `SamplerState(NAME) = ...` of a pass.
+    bool parseSamplerAssignment(PassDescription& pass, const Token& key);
+    /// The index of the block `name` among `blocks`; false after saying it is not declared.
+    template <typename Block>
+    bool findDeclared(const std::vector<Block>& blocks, const Token& name, const char* what, std::size_t& index);
     /// `name` is the refused block's own name, or its pass's for a pass state.
     bool refuseSceneLevel(std::string_view name, const Token& keyword);
     template <typename Description>
@@ -95,7 +103,8 @@ private:
     /// `element` once, or (`braced`, the '{' taken) elements separated by ',' up to '}'.
     template <typename Element>
     bool parseList(bool braced, bool mayBeEmpty, const std::string& context, Element element);
-    bool parseAnnotations(AnnotationList& annotations);
+    /// Annotations up to `closing` ('>' after '<', or '}' of a block read as annotations).
+    bool parseAnnotations(AnnotationList& annotations, char closing = '>');
     bool parseAnnotationNumbers(AnnotationEntry& entry);
 
     EffectDescription& m_effect;
@@ -139,6 +148,41 @@ bool Parser::parseList(bool braced, bool mayBeEmpty, const std::string& context,
         if (!separator.is(','))
             return fail(separator.line, "expected ',' or '}' in " + context + ", found " + describe(separator));
     }
+}
+
+template <typename Description>
+bool Parser::startBlock(const std::vector<Description>& earlier, const char* what, const Token& keyword,
+                        Description& description)
+{
+    Token name;
+    if (!expectName(name, std::string("a ") + what + " name"))
+        return false;
+    // A constant buffer's name is GLSL's block name; techniques and passes stand outside namespaces.
+    const std::string full = std::is_same_v<Description, BufferDescription> ? scoped(name.text, "_")
+                                                                            : std::string(name.text);
+    for (const Description& other : earlier)
+        if (other.name == full)
+            return fail(name.line, std::string(what) + " " + quoted(full) + " declared again (first at " +
+                                       where(other.at) + ")");
+    description.name = full;
+    description.at = {m_source, keyword.line};
+    return true;
+}
+
+template <typename Item>
+bool Parser::parseBlockBody(const std::string& context, Item item)
+{
+    if (!expect('{', "to open " + context))
+        return false;
+    for (Token token; take(token);) {
+        if (token.is('}')) {
+            skipOptionalSemicolon();
+            return true;
+        }
+        if (!item(token))
+            return false;
+    }
+    return false;
 }
 
 } // namespace nvFX::detail

@@ -87,6 +87,9 @@ bool Pass::setup()
     }
     for (ConstantBuffer* buffer : m_content.buffers)
         buffer->bind();
+    for (const auto& [sampler, state] : m_content.samplerStates)
+        for (int element = 0; element < sampler->elements(); ++element)
+            m_samplerBinding.bind(sampler->getSamplerUnit() + element, state->sampler());
     m_stateChange.apply(m_content.states);
     m_setUp = true;
     return true;
@@ -97,6 +100,7 @@ bool Pass::restore()
     if (!m_setUp)
         return false;
     m_stateChange.restore();
+    m_samplerBinding.restore();
     glUseProgram(static_cast<GLuint>(m_previousProgram));
     m_setUp = false;
     return true;

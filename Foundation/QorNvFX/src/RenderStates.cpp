@@ -3,6 +3,7 @@
 
 #include "RenderStates_p.h"
 
+#include "GLWords_p.h"
 #include "Lookup_p.h"
 
 #include <GL/gl.h>
@@ -12,21 +13,15 @@ namespace nvFX::detail {
 
 namespace {
 
-struct Word
-{
-    const char* name; // the GL name, with its "GL_" prefix
-    int value;
-};
+constexpr GLWord kBooleans[] = {{"GL_TRUE", 1}, {"GL_FALSE", 0}, {"true", 1}, {"false", 0}};
 
-constexpr Word kBooleans[] = {{"GL_TRUE", 1}, {"GL_FALSE", 0}, {"true", 1}, {"false", 0}};
-
-constexpr Word kDepthFuncs[] = {{"GL_NEVER", GL_NEVER},     {"GL_LESS", GL_LESS},         {"GL_EQUAL", GL_EQUAL},
+constexpr GLWord kDepthFuncs[] = {{"GL_NEVER", GL_NEVER},     {"GL_LESS", GL_LESS},         {"GL_EQUAL", GL_EQUAL},
                                 {"GL_LEQUAL", GL_LEQUAL},   {"GL_GREATER", GL_GREATER},   {"GL_NOTEQUAL", GL_NOTEQUAL},
                                 {"GL_GEQUAL", GL_GEQUAL},   {"GL_ALWAYS", GL_ALWAYS}};
 
-constexpr Word kFaces[] = {{"GL_FRONT", GL_FRONT}, {"GL_BACK", GL_BACK}, {"GL_FRONT_AND_BACK", GL_FRONT_AND_BACK}};
+constexpr GLWord kFaces[] = {{"GL_FRONT", GL_FRONT}, {"GL_BACK", GL_BACK}, {"GL_FRONT_AND_BACK", GL_FRONT_AND_BACK}};
 
-constexpr Word kBlendFactors[] = {{"GL_ZERO", GL_ZERO},
+constexpr GLWord kBlendFactors[] = {{"GL_ZERO", GL_ZERO},
                                   {"GL_ONE", GL_ONE},
                                   {"GL_SRC_COLOR", GL_SRC_COLOR},
                                   {"GL_ONE_MINUS_SRC_COLOR", GL_ONE_MINUS_SRC_COLOR},
@@ -42,18 +37,18 @@ constexpr Word kBlendFactors[] = {{"GL_ZERO", GL_ZERO},
                                   {"GL_ONE_MINUS_CONSTANT_ALPHA", GL_ONE_MINUS_CONSTANT_ALPHA},
                                   {"GL_SRC_ALPHA_SATURATE", GL_SRC_ALPHA_SATURATE}};
 
-constexpr Word kPolygonModes[] = {{"GL_POINT", GL_POINT}, {"GL_LINE", GL_LINE}, {"GL_FILL", GL_FILL}};
+constexpr GLWord kPolygonModes[] = {{"GL_POINT", GL_POINT}, {"GL_LINE", GL_LINE}, {"GL_FILL", GL_FILL}};
 
-constexpr Word kFrontFaces[] = {{"GL_CW", GL_CW}, {"GL_CCW", GL_CCW}};
+constexpr GLWord kFrontFaces[] = {{"GL_CW", GL_CW}, {"GL_CCW", GL_CCW}};
 
-constexpr Word kBlendEquations[] = {{"GL_FUNC_ADD", GL_FUNC_ADD},
+constexpr GLWord kBlendEquations[] = {{"GL_FUNC_ADD", GL_FUNC_ADD},
                                     {"GL_FUNC_SUBTRACT", GL_FUNC_SUBTRACT},
                                     {"GL_FUNC_REVERSE_SUBTRACT", GL_FUNC_REVERSE_SUBTRACT},
                                     {"GL_MIN", GL_MIN},
                                     {"GL_MAX", GL_MAX}};
 
 template <std::size_t N>
-constexpr std::pair<const Word*, std::size_t> Words(const Word (&words)[N])
+constexpr std::pair<const GLWord*, std::size_t> Words(const GLWord (&words)[N])
 {
     return {words, N};
 }
@@ -151,7 +146,7 @@ struct RenderStateKind
     const char* name;
     StateFamily family;
     RenderStateSyntax syntax;
-    std::pair<const Word*, std::size_t> words;
+    std::pair<const GLWord*, std::size_t> words;
     const char* wordList;
     GLenum glName; // the capability, query or side the functions work on
     Capture capture;
@@ -250,16 +245,10 @@ std::string_view describeFamily(StateFamily family)
 
 bool parseStateWord(const RenderStateKind& kind, std::string_view word, RenderStateValue& value)
 {
-    const std::string_view prefix = "GL_";
-    for (std::size_t i = 0; i < kind.words.second; ++i) {
-        const std::string_view name = kind.words.first[i].name;
-        const bool bare = name.compare(0, prefix.size(), prefix) == 0 && word == name.substr(prefix.size());
-        if (word == name || bare) {
-            value.ints[0] = kind.words.first[i].value;
-            return true;
-        }
-    }
-    return false;
+    const GLWord* found = findGLWord(kind.words.first, kind.words.second, word);
+    if (found)
+        value.ints[0] = found->value;
+    return found != nullptr;
 }
 
 std::string_view describeStateWords(const RenderStateKind& kind)

@@ -11,19 +11,8 @@
 #include <string>
 #include <vector>
 
+using NvFXTest::ExpectFirstError;
 using NvFXTest::Load;
-
-namespace {
-
-void ExpectFirstError(const std::string& text, const std::string& message)
-{
-    SCOPED_TRACE(text);
-    const NvFXTest::Loaded loaded = Load(text);
-    EXPECT_FALSE(loaded.ok);
-    EXPECT_EQ(loaded.messages.substr(0, loaded.messages.find('\n')), message) << loaded.messages;
-}
-
-} // namespace
 
 TEST(DeclarationsTest, NamespacesPrefixWhatTheyHoldAndPassesReachTheirCode)
 {

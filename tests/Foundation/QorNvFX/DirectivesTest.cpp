@@ -11,6 +11,7 @@
 
 #include <string>
 
+using NvFXTest::ExpectFirstError;
 using NvFXTest::Load;
 
 namespace {
@@ -27,14 +28,6 @@ std::string UniformNames(nvFX::IContainer& effect)
     for (int i = 0; nvFX::IUniform* uniform = effect.findUniform(i); ++i)
         names += std::string(uniform->getName()) + " ";
     return names;
-}
-
-void ExpectFirstError(const std::string& text, const std::string& message)
-{
-    SCOPED_TRACE(text);
-    const NvFXTest::Loaded loaded = Load(text);
-    EXPECT_FALSE(loaded.ok);
-    EXPECT_EQ(loaded.messages.substr(0, loaded.messages.find('\n')), message) << loaded.messages;
 }
 
 const char* const kPass = "GLSLShader FS { void main() { gl_FragColor = vec4(SCALE); } }\n"

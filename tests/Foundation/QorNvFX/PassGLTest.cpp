@@ -6,6 +6,7 @@
 
 #include "NvFXTestSupport.h"
 
+#include "nvFX/IAnnotation.h"
 #include "nvFX/IPassEx.h"
 #include "nvFX/ITechniqueEx.h"
 #include "nvFX/IUniform.h"
@@ -247,5 +248,48 @@ Technique T
         glGetIntegerv(GL_FRONT_FACE, &frontFace);
         EXPECT_EQ(frontFace, GL_CCW);
     }
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+// A sampler state's wrap mode decides the pixel: a two-texel texture (red, green) read
+// past its right edge repeats to red, or clamps to green; after the pass the unit has
+// no sampler object again.
+TEST(PassStateBlocksGLTest, SamplerStatesWrapTheTextureForTheirPass)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
+uniform sampler2D Stripes;
+SamplerState Repeat { TEXTURE_MIN_FILTER = NEAREST; TEXTURE_MAG_FILTER = NEAREST; TEXTURE_WRAP_S = REPEAT; }
+SamplerState Clamp { TEXTURE_MIN_FILTER = NEAREST; TEXTURE_MAG_FILTER = NEAREST; TEXTURE_WRAP_S = CLAMP_TO_EDGE; }
+TextureResource2D Pattern < defaultFile = "stripes.png"; >;
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = texture(Stripes, vec2(1.25, 0.5)); } }
+Technique T
+{
+    Pass Repeated { VertexProgram = VS; FragmentProgram = FS; SamplerResource(Stripes) = { Pattern, Repeat }; }
+    Pass Clamped { VertexProgram = VS; FragmentProgram = FS; SamplerResource(Stripes) = { Pattern, Clamp }; }
+}
+)");
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    TextureName texture;
+    const unsigned char texels[8] = {255, 0, 0, 255, 0, 255, 0, 255};
+    glBindTexture(GL_TEXTURE_2D, texture.name);
+    // The texture's own parameters would clamp and filter linearly: the sampler overrides them.
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    nvFX::IContainer& effect = *loaded.container;
+    ASSERT_TRUE(effect.findUniform("Stripes")->setSamplerResource(texture.name, 3));
+    nvFX::ITechnique& technique = *effect.findTechnique(0);
+    ExpectNear(DrawWith(*technique.getPass(0), gl), {255, 0, 0, 255});
+    ExpectNear(DrawWith(*technique.getPass(1), gl), {0, 255, 0, 255});
+    glActiveTexture(GL_TEXTURE3);
+    GLint sampler = -1;
+    glGetIntegerv(GL_SAMPLER_BINDING, &sampler);
+    EXPECT_EQ(sampler, 0) << "the unit's sampler is put back";
+    glActiveTexture(GL_TEXTURE0);
+    EXPECT_STREQ(effect.findUniform("Stripes")->annotations()->getAnnotationString("defaultFile"), "stripes.png");
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
