@@ -50,7 +50,7 @@ IUniform* Container::findBufferUniform(const char* name)
         return nullptr;
     const std::string_view wanted(name);
     const std::size_t dot = wanted.find('.');
-    for (const std::unique_ptr<ConstantBuffer>& buffer : m_content.buffers) {
+    for (const std::shared_ptr<ConstantBuffer>& buffer : m_content.buffers) {
         if (dot == std::string_view::npos) {
             if (Uniform* member = buffer->findMember(wanted))
                 return member;

@@ -19,7 +19,8 @@ namespace nvFX::detail {
 struct ContainerContent
 {
     std::vector<std::unique_ptr<Uniform>> uniforms;       ///< effect scope, in order
-    std::vector<std::unique_ptr<ConstantBuffer>> buffers; ///< own their members
+    /// Own their members; a global buffer is shared with the other effects that hold it.
+    std::vector<std::shared_ptr<ConstantBuffer>> buffers;
     std::vector<std::unique_ptr<SamplerStateObject>> samplerStates; ///< passes borrow them
     std::vector<std::unique_ptr<Technique>> techniques;
 };

@@ -41,6 +41,7 @@ struct UniformDescription
 struct BufferDescription
 {
     std::string name;
+    bool global = false; ///< shared by every effect that declares it (see GlobalBuffers_p.h)
     std::vector<UniformDescription> members;
     SourceLocation at;
 };

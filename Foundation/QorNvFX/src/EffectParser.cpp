@@ -4,6 +4,7 @@
 #include "Lookup_p.h"
 #include "ValueTypes_p.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace nvFX::detail {
@@ -23,6 +24,8 @@ namespace {
 // the count (100,000 uniforms took 13 s). No driver takes near this many.
 constexpr std::size_t kMaxUniforms = 4096;
 constexpr std::size_t kMaxNamespaceDepth = 16;
+// An effect's own constant buffers take GL binding points from 0; global ones from 24.
+constexpr std::ptrdiff_t kMaxOwnBuffers = 24;
 // Passes copy a block's states where they name it; each block costs its states' bytes.
 constexpr std::size_t kMaxStateBlocks = 1024;
 
@@ -148,7 +151,17 @@ bool Parser::parseItem(const Token& token)
         return parseUniform(uniform) && addUniform(std::move(uniform));
     }
     if (token.is("ConstantBuffer"))
-        return parseBuffer(token);
+        return parseBuffer(token, false);
+    if (token.is("global")) {
+        Token next;
+        if (!take(next))
+            return false;
+        if (next.is("ConstantBuffer"))
+            return parseBuffer(next, true);
+        if (next.is("uniform"))
+            return fail(next.line, "'global' uniforms are not supported: a global ConstantBuffer shares its members");
+        return fail(next.line, "expected 'ConstantBuffer' after 'global', found " + describe(next));
+    }
     if (token.is("namespace"))
         return parseNamespace(token);
     if (token.kind == Token::Identifier) {
@@ -274,9 +287,13 @@ bool Parser::parseNamespace(const Token& keyword)
     return ok;
 }
 
-bool Parser::parseBuffer(const Token& keyword)
+bool Parser::parseBuffer(const Token& keyword, bool global)
 {
     BufferDescription buffer;
+    buffer.global = global;
+    if (!global && std::count_if(m_effect.buffers.begin(), m_effect.buffers.end(),
+                                 [](const BufferDescription& other) { return !other.global; }) == kMaxOwnBuffers)
+        return fail(keyword.line, "more than " + std::to_string(kMaxOwnBuffers) + " constant buffers in one effect");
     const std::string context = "constant buffer " + quoted(m_lexer->peek().text);
     const bool ok = startBlock(m_effect.buffers, "constant buffer", keyword, buffer) &&
                     parseBlockBody(context, [&](const Token& token) {

@@ -70,7 +70,7 @@ private:
     bool parseDefault(UniformDescription& uniform);
     bool parseNumber(const Token& first, double& value);
     bool addUniform(UniformDescription uniform);
-    bool parseBuffer(const Token& keyword);
+    bool parseBuffer(const Token& keyword, bool global);
     bool parseNamespace(const Token& keyword);
     /// `name` after the names of the namespaces it stands in, each followed by `separator`.
     std::string scoped(std::string_view name, const char* separator) const;

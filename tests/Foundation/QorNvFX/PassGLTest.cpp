@@ -293,3 +293,38 @@ Technique T
     EXPECT_STREQ(effect.findUniform("Stripes")->annotations()->getAnnotationString("defaultFile"), "stripes.png");
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
+
+// A global constant buffer set through one effect draws in another: both passes read
+// one GL buffer object at one binding point, uploaded once.
+TEST(PassStateBlocksGLTest, AGlobalBufferIsOneBufferForEveryEffect)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const std::string effect = R"(
+global ConstantBuffer Scene { uniform vec4 Tint = {0, 0, 0, 1}; };
+ConstantBuffer Local { uniform float Gain = 1; };
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = Tint * Gain; } }
+Technique T { Pass P { VertexProgram = VS; FragmentProgram = FS; } }
+)";
+    const NvFXTest::Loaded first = NvFXTest::Load(effect, "first");
+    const NvFXTest::Loaded second = NvFXTest::Load(effect, "second");
+    ASSERT_TRUE(first.ok && second.ok) << first.messages << second.messages;
+    ASSERT_TRUE(first.container->findBufferUniform("Tint")->setValue4f(0.0f, 0.5f, 1.0f, 1.0f));
+    nvFX::IPass& firstPass = *first.container->findTechnique(0)->getPass(0);
+    nvFX::IPass& secondPass = *second.container->findTechnique(0)->getPass(0);
+    ExpectNear(DrawWith(secondPass, gl), {0, 128, 255, 255});
+    GLint scene[2] = {}, local[2] = {};
+    ASSERT_TRUE(firstPass.setup());
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 24, &scene[0]);
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 0, &local[0]);
+    ASSERT_TRUE(firstPass.restore());
+    ASSERT_TRUE(secondPass.setup());
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 24, &scene[1]);
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 0, &local[1]);
+    ASSERT_TRUE(secondPass.restore());
+    EXPECT_NE(scene[0], 0);
+    EXPECT_EQ(scene[0], scene[1]) << "one buffer object for the global block";
+    EXPECT_NE(local[0], local[1]) << "each effect's own block has its own";
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
