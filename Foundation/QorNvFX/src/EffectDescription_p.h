@@ -75,6 +75,8 @@ enum StageIndex
     VertexIndex,
     FragmentIndex,
     GeometryIndex,
+    TessControlIndex,
+    TessEvaluationIndex,
     StageCount,
 };
 

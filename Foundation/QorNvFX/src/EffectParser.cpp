@@ -5,6 +5,7 @@
 #include "ValueTypes_p.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace nvFX::detail {
@@ -24,6 +25,8 @@ namespace {
 // the count (100,000 uniforms took 13 s). No driver takes near this many.
 constexpr std::size_t kMaxUniforms = 4096;
 constexpr std::size_t kMaxNamespaceDepth = 16;
+// The most patch vertices GL guarantees.
+constexpr double kMaxStateCount = 32;
 // An effect's own constant buffers take GL binding points from 0; global ones from 24.
 constexpr std::ptrdiff_t kMaxOwnBuffers = 24;
 // Passes copy a block's states where they name it; each block costs its states' bytes.
@@ -99,7 +102,8 @@ bool IsSceneLevel(std::string_view word)
     return false;
 }
 
-constexpr std::string_view kStageKeys[StageCount] = {"VertexProgram", "FragmentProgram", "GeometryProgram"};
+constexpr std::string_view kStageKeys[StageCount] = {"VertexProgram", "FragmentProgram", "GeometryProgram",
+                                                     "TessellationControlProgram", "TessellationEvaluationProgram"};
 
 } // namespace
 
@@ -450,6 +454,15 @@ bool Parser::parseState(std::vector<RenderStateSetting>& states, const Token& ke
             return false;
         setting.value.floats[0] = static_cast<float>(values[0]);
         setting.value.floats[1] = static_cast<float>(values[1]);
+    } else if (syntaxOf(*kind) == RenderStateSyntax::Count) {
+        Token count;
+        double value = 0.0;
+        if (!take(count) || !parseNumber(count, value))
+            return false;
+        if (value != std::floor(value) || value < 1.0 || value > kMaxStateCount)
+            return fail(count.line, quoted(key.text) + " takes a whole number from 1 to " +
+                                        std::to_string(static_cast<int>(kMaxStateCount)));
+        setting.value.ints[0] = static_cast<int>(value);
     } else {
         Token word;
         if (!take(word))

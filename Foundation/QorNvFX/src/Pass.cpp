@@ -20,8 +20,11 @@ Pass::Pass(PassContent content) : m_content(std::move(content)), m_annotations(s
 
 const char* Pass::getStageSource(Stage stage) const
 {
-    const int index = stage == VertexStage ? VertexIndex : stage == FragmentStage ? FragmentIndex : GeometryIndex;
-    return m_content.stages[index].empty() ? nullptr : m_content.stages[index].c_str();
+    // IPassEx::Stage counts the stages in the order of StageIndex.
+    const int index = static_cast<int>(stage);
+    if (index < 0 || index >= StageCount || m_content.stages[index].empty())
+        return nullptr;
+    return m_content.stages[index].c_str();
 }
 
 bool Pass::validate()

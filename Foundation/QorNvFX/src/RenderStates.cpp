@@ -161,6 +161,7 @@ void ApplyDepthMask(GLenum, const RenderStateValue& value) { glDepthMask(value.i
 void ApplyCullFace(GLenum, const RenderStateValue& value) { glCullFace(value.ints[0]); }
 void ApplyPolygonMode(GLenum, const RenderStateValue& value) { glPolygonMode(GL_FRONT_AND_BACK, value.ints[0]); }
 void ApplyFrontFace(GLenum, const RenderStateValue& value) { glFrontFace(value.ints[0]); }
+void ApplyPatchVertices(GLenum, const RenderStateValue& value) { glPatchParameteri(GL_PATCH_VERTICES, value.ints[0]); }
 // One equation for colour and alpha; the capture keeps both, so a restore puts back each.
 RenderStateValue CaptureBlendEquations(GLenum)
 {
@@ -211,6 +212,8 @@ const RenderStateKind kStates[] = {
     {"BLEND_EQUATION", ColorSample, RenderStateSyntax::Enum, Words(kBlendEquations),
      "GL_FUNC_ADD, GL_FUNC_SUBTRACT, GL_FUNC_REVERSE_SUBTRACT, GL_MIN, GL_MAX", 0, CaptureBlendEquations,
      ApplyBlendEquation, RestoreBlendEquations},
+    {"PATCH_VERTICES", StateFamily::PassOnly, RenderStateSyntax::Count, {nullptr, 0}, "a whole number from 1 to 32",
+     GL_PATCH_VERTICES, CaptureInteger, ApplyPatchVertices, ApplyPatchVertices},
 };
 
 } // namespace
@@ -238,6 +241,7 @@ std::string_view describeFamily(StateFamily family)
     case StateFamily::DepthStencil:
         return "DEPTH_TEST, DEPTH_FUNC, DEPTH_MASK, DEPTH_WRITEMASK, STENCIL_TEST";
     case StateFamily::ColorSample:
+    case StateFamily::PassOnly:
         break;
     }
     return "BLEND, BLEND_SRC, BLEND_DST, BLEND_EQUATION";

@@ -25,6 +25,7 @@ enum class RenderStateSyntax
     Boolean,   ///< true, false, GL_TRUE, GL_FALSE
     Enum,      ///< one GL enum name of the state's list, with or without "GL_"
     TwoFloats, ///< a brace list of two numbers
+    Count,     ///< a whole number from 1 to 32
 };
 
 /// The named state blocks a pass may refer to, each holding states of its family.
@@ -33,6 +34,7 @@ enum class StateFamily
     Rasterization, ///< RasterizationState: culling, front face, polygon mode and offset
     DepthStencil,  ///< DepthStencilState: depth test, function and mask, stencil test
     ColorSample,   ///< ColorSampleState: blending, its factors and equation
+    PassOnly,      ///< set by passes, in no block: PATCH_VERTICES
 };
 
 /// The state of `name` (e.g. "DEPTH_FUNC"); null for one this runtime does not know.

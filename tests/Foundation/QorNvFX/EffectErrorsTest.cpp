@@ -131,6 +131,13 @@ TEST(EffectErrorsTest, PassesAreChecked)
          "effect(3): error: expected ',' or '}' in the code list of 'FragmentProgram', found 'VS'"},
         {"pass twice", stages + "Technique T {\n Pass P { VertexProgram = VS; }\n Pass P { VertexProgram = VS; } }",
          "effect(4): error: pass 'P' declared again (first at effect(3))"},
+        {"no patch vertices", stages + "Technique T { Pass P { VertexProgram = VS;\n PATCH_VERTICES = 0; } }",
+         "effect(3): error: 'PATCH_VERTICES' takes a whole number from 1 to 32"},
+        {"patch vertices in a block", "RasterizationState R {\n PATCH_VERTICES = 3; }",
+         "effect(2): error: 'PATCH_VERTICES' does not belong in 'R' (CULL_FACE, CULL_FACE_MODE, FRONT_FACE, "
+         "POLYGON_MODE, POLYGON_OFFSET)"},
+        {"tessellation code missing", stages + "Technique T { Pass P {\n TessellationControlProgram = TCS; } }",
+         "effect(3): error: pass 'P' of technique 'T' names code 'TCS', which is not declared"},
     };
     for (const RefusedCase& c : cases)
         ExpectRefused(c);

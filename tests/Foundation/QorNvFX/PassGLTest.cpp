@@ -328,3 +328,76 @@ Technique T { Pass P { VertexProgram = VS; FragmentProgram = FS; } }
     EXPECT_NE(local[0], local[1]) << "each effect's own block has its own";
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
+
+// Tessellation and geometry stages: a patch of three vertices (PATCH_VERTICES) passes
+// through control, evaluation and geometry code to the pixel; the patch size GL had
+// comes back after the pass.
+TEST(PassStateBlocksGLTest, TessellationAndGeometryStagesDrawAPatch)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
+GLSLShader { #version 450 compatibility
+}
+uniform vec4 Colour = {0, 1, 0, 1};
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader TCS {
+    layout(vertices = 3) out;
+    void main()
+    {
+        gl_out[gl_InvocationID].gl_Position = gl_in[gl_InvocationID].gl_Position;
+        gl_TessLevelOuter[0] = gl_TessLevelOuter[1] = gl_TessLevelOuter[2] = 2.0;
+        gl_TessLevelInner[0] = 2.0;
+    }
+}
+GLSLShader TES {
+    layout(triangles) in;
+    void main()
+    {
+        gl_Position = gl_TessCoord.x * gl_in[0].gl_Position + gl_TessCoord.y * gl_in[1].gl_Position +
+                      gl_TessCoord.z * gl_in[2].gl_Position;
+    }
+}
+GLSLShader GS {
+    layout(triangles) in;
+    layout(triangle_strip, max_vertices = 3) out;
+    void main() { for (int i = 0; i < 3; ++i) { gl_Position = gl_in[i].gl_Position; EmitVertex(); } EndPrimitive(); }
+}
+GLSLShader FS { void main() { gl_FragColor = Colour; } }
+Technique T
+{
+    Pass Patch
+    {
+        VertexProgram = VS;
+        TessellationControlProgram = TCS;
+        TessellationEvaluationProgram = TES;
+        GeometryProgram = GS;
+        FragmentProgram = FS;
+        PATCH_VERTICES = 3;
+    }
+}
+)");
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    nvFX::IPass& pass = *loaded.container->findTechnique(0)->getPass(0);
+    EXPECT_NE(pass.getExInterface()->getStageSource(nvFX::IPassEx::TessEvaluationStage), nullptr);
+    glPatchParameteri(GL_PATCH_VERTICES, 4);
+    glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    ASSERT_TRUE(pass.setup());
+    static const GLfloat corners[] = {-1.0f, -1.0f, 3.0f, -1.0f, -1.0f, 3.0f};
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(2, GL_FLOAT, 0, corners);
+    glDrawArrays(GL_PATCHES, 0, 3);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    GLint during = 0;
+    glGetIntegerv(GL_PATCH_VERTICES, &during);
+    EXPECT_TRUE(pass.restore());
+    EXPECT_EQ(during, 3);
+    GLint after = 0;
+    glGetIntegerv(GL_PATCH_VERTICES, &after);
+    EXPECT_EQ(after, 4);
+    const std::vector<unsigned char> pixels = gl.ReadPixels();
+    const std::size_t at = (static_cast<std::size_t>(gl.GetHeight() / 2) * gl.GetWidth() + gl.GetWidth() / 2) * 4;
+    ExpectNear({pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]}, {0, 255, 0, 255});
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
