@@ -275,6 +275,27 @@ TEST(QorfxTest, EachGlslTwinOffersTheParametersOfItsCgFXOriginal)
         EXPECT_NE(text.out.find(shown), std::string::npos) << shown << "\n" << text.out;
 }
 
+TEST(QorfxTest, InspectShowsSharedBuffersAndTexturesOfSamplers)
+{
+    const nlohmann::json description = InspectJson(QorfxData("shared_frame.glslfx"));
+    const nlohmann::json& buffers = description["constantBuffers"];
+    ASSERT_EQ(buffers.size(), 2u) << description.dump(1);
+    EXPECT_EQ(buffers[0]["name"], "Frame");
+    EXPECT_EQ(buffers[0]["global"], true);
+    EXPECT_EQ(buffers[0]["members"][0]["name"], "Fog");
+    EXPECT_EQ(buffers[0]["members"][0]["used"], true);
+    EXPECT_EQ(buffers[0]["members"][1]["used"], false) << "Time is read by no code";
+    EXPECT_EQ(buffers[1]["global"], false);
+    const nlohmann::json& albedo = description["parameters"][0];
+    EXPECT_EQ(albedo["name"], "Albedo");
+    EXPECT_EQ(albedo["type"], 4);
+    EXPECT_EQ(albedo["defaultFile"], "checker.rgb") << "from the texture resource the pass assigns";
+
+    const QorfxResult text = RunQorfx("inspect " + QorfxData("shared_frame.glslfx"));
+    EXPECT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_NE(text.out.find("  Frame (global: shared with other effects): Fog Time\n"), std::string::npos) << text.out;
+}
+
 TEST(QorfxTest, EachInputGetsTheImplementationItsExtensionNames)
 {
     // The process's own choice (ShaderVersion) does not turn a CgFX file into a GLSL effect.

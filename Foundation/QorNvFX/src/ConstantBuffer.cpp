@@ -10,8 +10,8 @@
 
 namespace nvFX::detail {
 
-ConstantBuffer::ConstantBuffer(std::string name, unsigned int bindingPoint)
-    : m_name(std::move(name)), m_bindingPoint(bindingPoint)
+ConstantBuffer::ConstantBuffer(std::string name, unsigned int bindingPoint, bool global)
+    : m_name(std::move(name)), m_bindingPoint(bindingPoint), m_global(global)
 {
 }
 

@@ -61,5 +61,23 @@ IUniform* Container::findBufferUniform(const char* name)
     return nullptr;
 }
 
+const char* Container::getBufferName(int buffer) const
+{
+    const ConstantBuffer* found = atIndex(m_content.buffers, buffer);
+    return found ? found->name().c_str() : nullptr;
+}
+
+bool Container::isBufferGlobal(int buffer) const
+{
+    const ConstantBuffer* found = atIndex(m_content.buffers, buffer);
+    return found && found->global();
+}
+
+IUniform* Container::getBufferMember(int buffer, int member)
+{
+    const ConstantBuffer* found = atIndex(m_content.buffers, buffer);
+    return found ? atIndex(found->members(), member) : nullptr;
+}
+
 } // namespace detail
 } // namespace nvFX

@@ -39,6 +39,10 @@ public:
     IUniform* findBufferUniform(const char* name) override;
     int getNumTechniques() const override { return static_cast<int>(m_content.techniques.size()); }
     int getNumUniforms() const override { return static_cast<int>(m_content.uniforms.size()); }
+    int getNumBuffers() const override { return static_cast<int>(m_content.buffers.size()); }
+    const char* getBufferName(int buffer) const override;
+    bool isBufferGlobal(int buffer) const override;
+    IUniform* getBufferMember(int buffer, int member) override;
 
     /// True once a load filled the container.
     bool loaded() const { return m_loaded; }

@@ -48,7 +48,7 @@ std::string Members(const BufferDescription& description)
 
 std::unique_ptr<ConstantBuffer> makeConstantBuffer(const BufferDescription& description, unsigned int bindingPoint)
 {
-    auto buffer = std::make_unique<ConstantBuffer>(description.name, bindingPoint);
+    auto buffer = std::make_unique<ConstantBuffer>(description.name, bindingPoint, description.global);
     for (const UniformDescription& member : description.members)
         buffer->addMember(std::make_unique<Uniform>(member, buffer.get(), 0));
     return buffer;
