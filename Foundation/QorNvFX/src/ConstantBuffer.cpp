@@ -99,7 +99,12 @@ void ConstantBuffer::bind()
     if (m_uploadedVersion != m_version) {
         pack();
         glBindBuffer(GL_UNIFORM_BUFFER, m_buffer.get());
-        glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data(), GL_DYNAMIC_DRAW);
+        // The storage is made once; later uploads rewrite it in place, which costs a
+        // copy instead of a new allocation every frame a member changes.
+        if (m_uploadedVersion == 0)
+            glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data(), GL_DYNAMIC_DRAW);
+        else
+            glBufferSubData(GL_UNIFORM_BUFFER, 0, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data());
         m_uploadedVersion = m_version;
     }
     glBindBufferBase(GL_UNIFORM_BUFFER, m_bindingPoint, m_buffer.get());
