@@ -10,6 +10,10 @@
 //   changed values pushed) and restored, against glUseProgram, the same 64 glUniform4fv
 //   calls on the pass's own GL program and glUseProgram(0). Needs an X display; without
 //   one it is skipped with the reason.
+// - BufferUpdate: a constant buffer of 64 vec4 members, 16 of them changed each frame
+//   through the interface and the pass set up (the block packed and uploaded once) and
+//   restored, against glUseProgram, 16 glUniform4fv calls on the 64-uniform program and
+//   glUseProgram(0): an update of 16 members should cost no more than 16 calls.
 // Before any GL header: the GL 2.0 functions are exported by libGL.
 #define GL_GLEXT_PROTOTYPES 1
 
@@ -128,17 +132,64 @@ void EffectLoad(benchmark::State& state, bool warm)
 constexpr int kUniforms = 64;
 constexpr int kBlock = 10; // frames each road draws in turn
 
-std::string WideGlslfx()
+// 64 vec4 uniforms named Value0, ... that the fragment code sums: at effect scope, or
+// as the members of one constant buffer.
+std::string WideGlslfx(bool inBuffer = false)
 {
-    std::string text;
+    std::string text = inBuffer ? "ConstantBuffer Block {\n" : "";
     std::string sum = "vec4(0.0)";
     for (int i = 0; i < kUniforms; ++i) {
         text += "uniform vec4 Value" + std::to_string(i) + ";\n";
         sum += " + Value" + std::to_string(i);
     }
-    return text + "GLSLShader VS { void main() { gl_Position = gl_Vertex; } }\n"
+    return text + (inBuffer ? "};\n" : "") + "GLSLShader VS { void main() { gl_Position = gl_Vertex; } }\n"
                   "GLSLShader FS { void main() { gl_FragColor = " + sum + "; } }\n"
                   "Technique Wide { Pass P { VertexProgram = VS; FragmentProgram = FS; } }\n";
+}
+
+// Runs `frames` frames of each road in short alternating blocks, so that both see the
+// same load of the machine: each frame gives `values` a new value and sets `pass` up and
+// restores it, or gives the uniforms at `locations` of `program` the same value with
+// glUniform4fv between two glUseProgram. The runtime's road is the measured time, the
+// ratio a counter.
+void TimeAgainstGL(benchmark::State& state, int frames, nvFX::IPass& pass, const std::vector<nvFX::IUniform*>& values,
+                   GLuint program, const std::vector<GLint>& locations)
+{
+    double rawTotal = 0;
+    double nvfxTotal = 0;
+    int frame = 0;
+    for (auto _ : state) {
+        double nvfx = 0;
+        double raw = 0;
+        for (int block = 0; block < frames / kBlock; ++block) {
+            const Clock::time_point nvfxStart = Clock::now();
+            for (int f = 0; f < kBlock; ++f, ++frame) {
+                for (nvFX::IUniform* value : values)
+                    value->setValue4f(static_cast<float>(frame), 0.5f, 0.25f, 1.0f);
+                pass.setup();
+                pass.restore();
+            }
+            nvfx += SecondsSince(nvfxStart);
+            const Clock::time_point rawStart = Clock::now();
+            for (int f = 0; f < kBlock; ++f, ++frame) {
+                glUseProgram(program);
+                const GLfloat value[4] = {static_cast<float>(frame), 0.5f, 0.25f, 1.0f};
+                for (const GLint location : locations)
+                    glUniform4fv(location, 1, value);
+                glUseProgram(0);
+            }
+            raw += SecondsSince(rawStart);
+        }
+        state.SetIterationTime(nvfx);
+        nvfxTotal += nvfx;
+        rawTotal += raw;
+    }
+    glFinish();
+    if (glGetError() != GL_NO_ERROR)
+        QorBench::Fail(state, "GL reported an error");
+    state.counters["frames"] = frames;
+    state.counters["raw_ms"] = benchmark::Counter(rawTotal * 1e3, benchmark::Counter::kAvgIterations);
+    state.counters["ratio_to_raw"] = rawTotal > 0 ? nvfxTotal / rawTotal : 0;
 }
 
 void PassSetup(benchmark::State& state, int frames)
@@ -165,44 +216,35 @@ void PassSetup(benchmark::State& state, int frames)
             return;
         }
     }
-    double rawTotal = 0;
-    double nvfxTotal = 0;
-    int frame = 0;
-    for (auto _ : state) {
-        double nvfx = 0;
-        double raw = 0;
-        // Short alternating blocks, so that both roads see the same load of the machine.
-        for (int block = 0; block < frames / kBlock; ++block) {
-            const Clock::time_point nvfxStart = Clock::now();
-            for (int f = 0; f < kBlock; ++f, ++frame) {
-                // Every frame gives every uniform a new value, so both roads push all 64.
-                for (int i = 0; i < kUniforms; ++i)
-                    uniforms[static_cast<std::size_t>(i)]->setValue4f(static_cast<float>(frame), 0.5f, 0.25f, 1.0f);
-                pass->setup();
-                pass->restore();
-            }
-            nvfx += SecondsSince(nvfxStart);
+    // Every frame gives every uniform a new value, so both roads push all 64.
+    TimeAgainstGL(state, frames, *pass, uniforms, program, locations);
+}
 
-            const Clock::time_point rawStart = Clock::now();
-            for (int f = 0; f < kBlock; ++f, ++frame) {
-                glUseProgram(program);
-                const GLfloat value[4] = {static_cast<float>(frame), 0.5f, 0.25f, 1.0f};
-                for (const GLint location : locations)
-                    glUniform4fv(location, 1, value);
-                glUseProgram(0);
-            }
-            raw += SecondsSince(rawStart);
-        }
-        state.SetIterationTime(nvfx);
-        nvfxTotal += nvfx;
-        rawTotal += raw;
+void BufferUpdate(benchmark::State& state, int frames)
+{
+    constexpr int kChanged = 16;
+    QorGLContext gl;
+    if (!gl.Open(16, 16)) {
+        state.SkipWithError(("no GL context: " + gl.GetError()).c_str());
+        return;
     }
-    glFinish();
-    if (glGetError() != GL_NO_ERROR)
-        QorBench::Fail(state, "GL reported an error");
-    state.counters["frames"] = frames;
-    state.counters["raw_ms"] = benchmark::Counter(rawTotal * 1e3, benchmark::Counter::kAvgIterations);
-    state.counters["ratio_to_raw"] = rawTotal > 0 ? nvfxTotal / rawTotal : 0;
+    const Container buffered = LoadGlslfx(WideGlslfx(true));
+    const Container wide = LoadGlslfx(WideGlslfx());
+    nvFX::IPass* pass = buffered ? buffered->findTechnique(0)->getPass(0) : nullptr;
+    nvFX::IPass* widePass = wide ? wide->findTechnique(0)->getPass(0) : nullptr;
+    if (!pass || !widePass || !pass->validate() || !widePass->validate()) {
+        QorBench::Fail(state, "the 64-member or the 64-uniform effect does not load or validate");
+        return;
+    }
+    // A quarter of the members, spread over the block, take a new value each frame.
+    std::vector<nvFX::IUniform*> changed;
+    const GLuint program = widePass->getExInterface()->getProgram();
+    std::vector<GLint> locations;
+    for (int i = 0; i < kUniforms; i += kUniforms / kChanged) {
+        changed.push_back(buffered->findBufferUniform(("Value" + std::to_string(i)).c_str()));
+        locations.push_back(glGetUniformLocation(program, ("Value" + std::to_string(i)).c_str()));
+    }
+    TimeAgainstGL(state, frames, *pass, changed, program, locations);
 }
 
 } // namespace
@@ -216,6 +258,9 @@ int main(int argc, char** argv)
                 ->UseManualTime()
                 ->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark("PassSetup/64Uniforms", PassSetup, smoke ? 10 : 1000)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark("BufferUpdate/16Of64Members", BufferUpdate, smoke ? 10 : 1000)
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     });

@@ -139,10 +139,16 @@ std::string KindOf(int type)
         return "an int uniform: GLSL int and bool uniforms are not user parameters";
     if (type >= U::TBool && type <= U::TBool4)
         return "a bool uniform: GLSL int and bool uniforms are not user parameters";
-    if (type >= U::TMat2 && type <= U::TMat4)
+    if (type >= U::TUInt && type <= U::TUInt4)
+        return "an unsigned int uniform: GLSL int and bool uniforms are not user parameters";
+    if (type >= U::TDouble && type <= U::TDVec4)
+        return "a double uniform, which no user edits";
+    if ((type >= U::TMat2 && type <= U::TMat4) || (type >= U::TMat2x3 && type <= U::TDMat4x3))
         return "a matrix uniform, which no user edits";
     if (type == U::TSampler1D || type == U::TSampler3D)
         return "a 1D or 3D sampler, which takes no texture file";
+    if (type >= U::TSampler1DArray)
+        return "a sampler of a kind that takes no texture file";
     return "a uniform of a type no user edits";
 }
 

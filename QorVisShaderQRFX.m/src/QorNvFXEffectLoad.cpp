@@ -71,7 +71,9 @@ QorNvFXShaderParameters* QorNvFXEffect::Load()
         return nullptr;
     // The load always takes the buffer: an effect given only a file name, whose text
     // went to m_source above, loads nothing; shader objects hand effects their text.
-    if (!nvFX::loadEffect(container, m_buffer)) {
+    // Messages name the file the effect came from; the container keeps its own name.
+    const char* const source = !m_fileName.IsEmpty() ? path.c_str() : GetName();
+    if (!nvFX::loadEffect(container, m_buffer, source)) {
         std::printf("Error>> failed to load the effect\n");
         nvFX::IContainer::destroy(container);
         return nullptr;

@@ -171,6 +171,16 @@ TEST(QorNvFXEffectTest, FailedLoadsAnswerNullAndSay)
     EXPECT_NE(broken.printed.find("Error>> failed to load the effect\n"), std::string::npos);
     EXPECT_NE(broken.messages.find("error"), std::string::npos) << "the runtime says what is wrong";
 
+    // Messages name the effect's file, not the container ("Test") the load went into.
+    QorNvFXEffect* named = QorNvFXEffect::AddShaderEffect("materials/broken.glslfx");
+    named->setBuffer("uniform float a\nuniform float b;");
+    NvFXTest::MessageCapture capture;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(named->Load(), nullptr);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(capture.text().rfind("materials/broken.glslfx(2): error: expected ';'", 0), 0u) << capture.text();
+    named->Release();
+
     // An effect given only a file name loads its buffer, which it does not have.
     QorTempDir dir;
     const std::string path = dir.Write("only_file.glslfx", kQorNvFXTestEffect);
@@ -182,6 +192,46 @@ TEST(QorNvFXEffectTest, FailedLoadsAnswerNullAndSay)
     EXPECT_NE(std::string(effect->GetSource().c_str()).find("Technique First"), std::string::npos)
         << "the file was read all the same";
     effect->Release();
+}
+
+TEST(QorNvFXEffectTest, NamespacesDirectivesAndSizedByValueArraysBindByTheSameRules)
+{
+    LoadedEffect loaded(R"(
+#extension GL_ARB_gpu_shader5 : enable
+#define LIGHTS 2
+namespace lightData { uniform vec3 LightPos[] : LIGHTPOS = {0, 1, 0,  1, 0, 0}; }
+#if LIGHTS > 1
+uniform vec3 Tint = {1, 0.5, 0};
+#else
+uniform float Tint;
+#endif
+uniform mat4 WorldViewProj : WORLDVIEWPROJECTION;
+GLSLShader VS { void main() { gl_Position = WorldViewProj * gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = vec4(Tint * lightData_LightPos[LIGHTS - 1], 1.0); } }
+Technique T { Pass p { VertexProgram = VS; FragmentProgram = FS; } }
+)");
+    ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
+    EXPECT_STREQ(loaded.UniformName(loaded.effect->GetNamedUniform(QorNvFXLightPosition)), "lightData_LightPos");
+    EXPECT_STREQ(loaded.UniformName(loaded.effect->GetFeedUniform(QorFeedWorldViewProjection)), "WorldViewProj");
+    EXPECT_EQ(loaded.parameters->GetParameterIndex("Tint"), 1) << "the branch taken: a colour of three";
+    EXPECT_EQ(loaded.parameters->GetParameterIndex("lightData_LightPos"), -1) << "a light position is never the user's";
+}
+
+TEST(QorNvFXEffectTest, ASamplersTextureResourceNamesItsDefaultFile)
+{
+    QorRegistryGuard guard; // the texture value registers its file
+    LoadedEffect loaded(R"(
+uniform sampler2D Albedo;
+TextureResource2D Wood < defaultFile = "wood.tif"; >;
+SamplerState Tiled { TEXTURE_WRAP_S = REPEAT; TEXTURE_WRAP_T = REPEAT; }
+GLSLShader FS { void main() { gl_FragColor = texture(Albedo, vec2(0.5)); } }
+Technique T { Pass p { FragmentProgram = FS; SamplerResource(Albedo) = { Wood, Tiled }; } }
+)");
+    ASSERT_NE(loaded.parameters, nullptr) << loaded.messages;
+    ASSERT_EQ(loaded.parameters->GetParameterIndex("Albedo"), 1);
+    char* file = nullptr;
+    loaded.parameters->GetTextureValue(1, &file, 0);
+    EXPECT_STREQ(file, "wood.tif") << "a user parameter whose default file is the texture resource's";
 }
 
 TEST(QorNvFXEffectTest, IncludesComeFromTheShadersFoldersOfTheSearchPaths)

@@ -1,10 +1,13 @@
 /// @file
 /// Helpers of the GLSL effect runtime's tests: containers that destroy themselves, a
-/// message sink that captures while alive, loading an effect text in one call.
+/// message sink that captures while alive, loading an effect text in one call, and
+/// expecting a load to fail with a given first message.
 #pragma once
 
 #include "nvFX/IContainerEx.h"
 #include "nvFX/nvFX.h"
+
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <mutex>
@@ -63,6 +66,15 @@ inline Loaded Load(const std::string& text, const char* name = "effect")
     loaded.ok = nvFX::loadEffect(loaded.container.get(), text.c_str());
     loaded.messages = capture.text();
     return loaded;
+}
+
+/// Expects `text` to fail to load, the first line printed being `message`.
+inline void ExpectFirstError(const std::string& text, const std::string& message)
+{
+    SCOPED_TRACE(text.substr(0, 200));
+    const Loaded loaded = Load(text);
+    EXPECT_FALSE(loaded.ok);
+    EXPECT_EQ(loaded.messages.substr(0, loaded.messages.find('\n')), message) << loaded.messages.substr(0, 2000);
 }
 
 } // namespace NvFXTest

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -185,4 +186,30 @@ TEST(QorfxGLTest, OneSheetShowsBothFamilies)
     ASSERT_TRUE(stacked.image);
     EXPECT_EQ(stacked.image->GetWidth(), 64u);
     EXPECT_EQ(stacked.image->GetHeight(), 2u * (48u + 22u)) << "one family a row";
+}
+
+TEST(QorfxGLTest, TheEffectOfEveryConstructDraws)
+{
+    // Directives, a namespace, a sized-by-value array, a global buffer, state blocks, a
+    // sampler state and its texture resource in one effect, drawn as a renderer draws it.
+    QorTempDir dir;
+    const std::string workshop = QorfxSample("effects/workshop.glslfx");
+    const QorfxResult drawn = RunQorfx("render " + workshop + " --size 64x64 --mesh sphere -o " + dir.File("a.png"));
+    ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
+    const QorfxResult retiled =
+        RunQorfx("render " + workshop + " --size 64x64 --mesh sphere --set Tiling=8 -o " + dir.File("b.png"));
+    ASSERT_EQ(retiled.exitCode, 0) << retiled.err;
+    const Picture a = Read(dir.File("a.png"));
+    const Picture b = Read(dir.File("b.png"));
+    ASSERT_TRUE(a.image && b.image);
+    const auto centre = a.At(32, 32);
+    const auto corner = a.At(1, 1);
+    EXPECT_GT(centre[0] + centre[1] + centre[2], corner[0] + corner[1] + corner[2] + 150) << "the sphere is lit";
+    int differing = 0; // pixels whose colour another tiling changed
+    for (unsigned y = 0; y < 64; ++y)
+        for (unsigned x = 0; x < 64; ++x) {
+            const auto before = a.At(x, y), after = b.At(x, y);
+            differing += std::abs(before[0] - after[0]) + std::abs(before[1] - after[1]) > 60;
+        }
+    EXPECT_GT(differing, 200) << "the repeated checker follows Tiling";
 }

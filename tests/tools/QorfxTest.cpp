@@ -275,6 +275,27 @@ TEST(QorfxTest, EachGlslTwinOffersTheParametersOfItsCgFXOriginal)
         EXPECT_NE(text.out.find(shown), std::string::npos) << shown << "\n" << text.out;
 }
 
+TEST(QorfxTest, InspectShowsSharedBuffersAndTexturesOfSamplers)
+{
+    const nlohmann::json description = InspectJson(QorfxData("shared_frame.glslfx"));
+    const nlohmann::json& buffers = description["constantBuffers"];
+    ASSERT_EQ(buffers.size(), 2u) << description.dump(1);
+    EXPECT_EQ(buffers[0]["name"], "Frame");
+    EXPECT_EQ(buffers[0]["global"], true);
+    EXPECT_EQ(buffers[0]["members"][0]["name"], "Fog");
+    EXPECT_EQ(buffers[0]["members"][0]["used"], true);
+    EXPECT_EQ(buffers[0]["members"][1]["used"], false) << "Time is read by no code";
+    EXPECT_EQ(buffers[1]["global"], false);
+    const nlohmann::json& albedo = description["parameters"][0];
+    EXPECT_EQ(albedo["name"], "Albedo");
+    EXPECT_EQ(albedo["type"], 4);
+    EXPECT_EQ(albedo["defaultFile"], "checker.rgb") << "from the texture resource the pass assigns";
+
+    const QorfxResult text = RunQorfx("inspect " + QorfxData("shared_frame.glslfx"));
+    EXPECT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_NE(text.out.find("  Frame (global: shared with other effects): Fog Time\n"), std::string::npos) << text.out;
+}
+
 TEST(QorfxTest, EachInputGetsTheImplementationItsExtensionNames)
 {
     // The process's own choice (ShaderVersion) does not turn a CgFX file into a GLSL effect.
@@ -289,7 +310,7 @@ TEST(QorfxTest, GlslEffectsThatDoNotLoadSayWhereAndWhy)
     EXPECT_EQ(undeclared.exitCode, 1);
     EXPECT_NE(undeclared.err.find("undeclared.glslfx: the effect does not compile"), std::string::npos)
         << undeclared.err;
-    EXPECT_NE(undeclared.err.find("(5): error: pass 'p0' of technique 'T', fragment stage: 'Gian' : undeclared identifier"),
+    EXPECT_NE(undeclared.err.find("undeclared.glslfx(5): error: pass 'p0' of technique 'T', fragment stage: 'Gian' : undeclared identifier"),
               std::string::npos)
         << undeclared.err;
     EXPECT_EQ(undeclared.out, "") << "nvFX prints nothing on standard output";
@@ -298,10 +319,19 @@ TEST(QorfxTest, GlslEffectsThatDoNotLoadSayWhereAndWhy)
 
     const QorfxResult missing = RunQorfx("inspect " + QorfxData("missing_include.glslfx"));
     EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_NE(missing.err.find("(2): error: include 'QorNowhere.glslfxh' not found"), std::string::npos) << missing.err;
+    EXPECT_NE(missing.err.find("missing_include.glslfx(2): error: include 'QorNowhere.glslfxh' not found"),
+              std::string::npos)
+        << missing.err;
     EXPECT_NE(missing.err.find("include \"QorNowhere.glslfxh\" was not found: looked for as it stands and under shaders/"),
               std::string::npos)
         << missing.err;
+
+    const QorfxResult scene = RunQorfx("inspect " + QorfxData("scene_level.glslfx"));
+    EXPECT_EQ(scene.exitCode, 1);
+    EXPECT_NE(scene.err.find("scene_level.glslfx(4): error: reflection: scene-level block 'RenderTexture' is not "
+                             "supported by a material effect"),
+              std::string::npos)
+        << scene.err;
 
     QorTempDir dir;
     const QorfxResult packed = RunQorfx("pack " + QorfxSample("materials/plastic.glslfx") + " -o " + dir.File("p.zpk"));

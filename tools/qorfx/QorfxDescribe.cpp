@@ -146,6 +146,16 @@ void QorfxPrintDescription(const json& description)
             std::printf("  %-48s %s\n", named["name"].get<std::string>().c_str(),
                         named["used"].get<bool>() ? "used" : "not used");
     }
+    if (description.contains("constantBuffers") && !description["constantBuffers"].empty()) {
+        std::printf("constant buffers:\n");
+        for (const json& buffer : description["constantBuffers"]) {
+            std::printf("  %s%s:", buffer["name"].get<std::string>().c_str(),
+                        buffer["global"].get<bool>() ? " (global: shared with other effects)" : "");
+            for (const json& member : buffer["members"])
+                std::printf(" %s", member["name"].get<std::string>().c_str());
+            std::printf("\n");
+        }
+    }
     const std::pair<const char*, const char*> sections[] = {
         {"loadWarnings", "load warnings"}, {"loadMessages", "load messages"}, {"messages", "messages"}};
     for (const auto& [key, heading] : sections) {

@@ -9,6 +9,7 @@
 
 #include <nvFX/IAnnotationEx.h>
 #include <nvFX/IContainer.h>
+#include <nvFX/IContainerEx.h>
 #include <nvFX/IPass.h>
 #include <nvFX/ITechnique.h>
 #include <nvFX/IUniformEx.h>
@@ -182,6 +183,29 @@ void QorfxQRFXBackend::DescribeParameter(int index, json& entry)
         entry["defaultFile"] = file;
 }
 
+namespace {
+
+// The effect's constant buffers, global ones (shared with other effects) marked, with
+// their members: what drives them is the renderer's or the effect's, never a user's.
+json ConstantBuffersOf(QorNvFXEffect& effect)
+{
+    json buffers = json::array();
+    nvFX::IContainer* container = effect.GetContainer();
+    nvFX::IContainerEx* listed = container ? container->getExInterface() : nullptr;
+    for (int buffer = 0; listed && buffer < listed->getNumBuffers(); ++buffer) {
+        json members = json::array();
+        for (int i = 0; nvFX::IUniform* member = listed->getBufferMember(buffer, i); ++i)
+            members.push_back({{"name", member->getName()},
+                               {"semantic", member->getSemantic()},
+                               {"used", member->isUsedBy(nvFX::IUniform::TargetAny)}});
+        buffers.push_back(
+            {{"name", listed->getBufferName(buffer)}, {"global", listed->isBufferGlobal(buffer)}, {"members", members}});
+    }
+    return buffers;
+}
+
+} // namespace
+
 void QorfxQRFXBackend::DescribeEffect(json& description)
 {
     json semantics = json::array();
@@ -202,6 +226,7 @@ void QorfxQRFXBackend::DescribeEffect(json& description)
     description["lights"] = m_effect.GetLightCount();
     description["hasLightArray"] = m_effect.GetNamedUniform(QorNvFXLightPosition) != nullptr;
     description["namedUniforms"] = named;
+    description["constantBuffers"] = ConstantBuffersOf(m_effect);
     description["loadWarnings"] = warnings;
     description["loadMessages"] = m_loadMessages;
     description["messages"] = m_messages;

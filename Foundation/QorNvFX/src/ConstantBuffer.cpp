@@ -10,8 +10,8 @@
 
 namespace nvFX::detail {
 
-ConstantBuffer::ConstantBuffer(std::string name, unsigned int bindingPoint)
-    : m_name(std::move(name)), m_bindingPoint(bindingPoint)
+ConstantBuffer::ConstantBuffer(std::string name, unsigned int bindingPoint, bool global)
+    : m_name(std::move(name)), m_bindingPoint(bindingPoint), m_global(global)
 {
 }
 
@@ -53,8 +53,8 @@ void ConstantBuffer::learnLayout(unsigned int program)
     }
 }
 
-// Each component lands at offset + element * arrayStride + column * matrixStride + row * 4;
-// bools are 4-byte integers in a block.
+// Each component lands at offset + element * arrayStride + column * matrixStride + row *
+// its size (8 for doubles, 4 for the rest; bools are 4-byte integers in a block).
 void ConstantBuffer::pack()
 {
     for (std::size_t i = 0; i < m_members.size(); ++i) {
@@ -64,19 +64,23 @@ void ConstantBuffer::pack()
             continue;
         const int columns = member.type().columns ? member.type().columns : 1;
         const int rows = member.type().components / columns;
-        const bool isFloat = member.type().base == ValueBase::Float;
+        const bool isFloat = isFloating(member.type().base);
+        const bool isDouble = member.type().base == ValueBase::Double;
+        const std::size_t componentBytes = isDouble ? 8 : 4;
         for (int element = 0, component = 0; element < member.elements(); ++element) {
             for (int column = 0; column < columns; ++column) {
                 for (int row = 0; row < rows; ++row, ++component) {
                     const std::size_t at = static_cast<std::size_t>(layout.offset) +
                                            static_cast<std::size_t>(element) * layout.arrayStride +
                                            static_cast<std::size_t>(column) * layout.matrixStride +
-                                           static_cast<std::size_t>(row) * 4;
-                    if (at + 4 > m_bytes.size())
+                                           static_cast<std::size_t>(row) * componentBytes;
+                    if (at + componentBytes > m_bytes.size())
                         continue;
-                    const void* value = isFloat ? static_cast<const void*>(&member.floats()[component])
-                                                : static_cast<const void*>(&member.ints()[component]);
-                    std::memcpy(&m_bytes[at], value, 4);
+                    const double asDouble = isDouble ? member.floats()[component] : 0.0;
+                    const void* value = isDouble  ? static_cast<const void*>(&asDouble)
+                                        : isFloat ? static_cast<const void*>(&member.floats()[component])
+                                                  : static_cast<const void*>(&member.ints()[component]);
+                    std::memcpy(&m_bytes[at], value, componentBytes);
                 }
             }
         }
@@ -95,7 +99,12 @@ void ConstantBuffer::bind()
     if (m_uploadedVersion != m_version) {
         pack();
         glBindBuffer(GL_UNIFORM_BUFFER, m_buffer.get());
-        glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data(), GL_DYNAMIC_DRAW);
+        // The storage is made once; later uploads rewrite it in place, which costs a
+        // copy instead of a new allocation every frame a member changes.
+        if (m_uploadedVersion == 0)
+            glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data(), GL_DYNAMIC_DRAW);
+        else
+            glBufferSubData(GL_UNIFORM_BUFFER, 0, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data());
         m_uploadedVersion = m_version;
     }
     glBindBufferBase(GL_UNIFORM_BUFFER, m_bindingPoint, m_buffer.get());

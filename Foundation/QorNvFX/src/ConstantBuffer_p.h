@@ -17,10 +17,11 @@ class ConstantBuffer
 {
 public:
     /// Every program that uses the buffer reads it from GL uniform-buffer binding
-    /// point `bindingPoint`.
-    ConstantBuffer(std::string name, unsigned int bindingPoint);
+    /// point `bindingPoint`; a `global` one is shared by the effects that declare it.
+    ConstantBuffer(std::string name, unsigned int bindingPoint, bool global);
 
     const std::string& name() const { return m_name; }
+    bool global() const { return m_global; }
     void addMember(std::unique_ptr<Uniform> member) { m_members.push_back(std::move(member)); }
     const std::vector<std::unique_ptr<Uniform>>& members() const { return m_members; }
     Uniform* findMember(std::string_view name) const;
@@ -47,6 +48,7 @@ private:
 
     std::string m_name;
     unsigned int m_bindingPoint;
+    bool m_global;
     std::vector<std::unique_ptr<Uniform>> m_members;
     std::vector<MemberLayout> m_layout; ///< one per member; empty until learned
     std::vector<unsigned char> m_bytes; ///< the block's data as GL reads it

@@ -50,7 +50,7 @@ IUniform* Container::findBufferUniform(const char* name)
         return nullptr;
     const std::string_view wanted(name);
     const std::size_t dot = wanted.find('.');
-    for (const std::unique_ptr<ConstantBuffer>& buffer : m_content.buffers) {
+    for (const std::shared_ptr<ConstantBuffer>& buffer : m_content.buffers) {
         if (dot == std::string_view::npos) {
             if (Uniform* member = buffer->findMember(wanted))
                 return member;
@@ -59,6 +59,24 @@ IUniform* Container::findBufferUniform(const char* name)
         }
     }
     return nullptr;
+}
+
+const char* Container::getBufferName(int buffer) const
+{
+    const ConstantBuffer* found = atIndex(m_content.buffers, buffer);
+    return found ? found->name().c_str() : nullptr;
+}
+
+bool Container::isBufferGlobal(int buffer) const
+{
+    const ConstantBuffer* found = atIndex(m_content.buffers, buffer);
+    return found && found->global();
+}
+
+IUniform* Container::getBufferMember(int buffer, int member)
+{
+    const ConstantBuffer* found = atIndex(m_content.buffers, buffer);
+    return found ? atIndex(found->members(), member) : nullptr;
 }
 
 } // namespace detail

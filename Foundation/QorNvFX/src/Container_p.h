@@ -5,6 +5,7 @@
 #include "nvFX/IContainerEx.h"
 
 #include "ConstantBuffer_p.h"
+#include "SamplerStates_p.h"
 #include "Technique_p.h"
 #include "Uniform_p.h"
 
@@ -18,7 +19,9 @@ namespace nvFX::detail {
 struct ContainerContent
 {
     std::vector<std::unique_ptr<Uniform>> uniforms;       ///< effect scope, in order
-    std::vector<std::unique_ptr<ConstantBuffer>> buffers; ///< own their members
+    /// Own their members; a global buffer is shared with the other effects that hold it.
+    std::vector<std::shared_ptr<ConstantBuffer>> buffers;
+    std::vector<std::unique_ptr<SamplerStateObject>> samplerStates; ///< passes borrow them
     std::vector<std::unique_ptr<Technique>> techniques;
 };
 
@@ -36,6 +39,10 @@ public:
     IUniform* findBufferUniform(const char* name) override;
     int getNumTechniques() const override { return static_cast<int>(m_content.techniques.size()); }
     int getNumUniforms() const override { return static_cast<int>(m_content.uniforms.size()); }
+    int getNumBuffers() const override { return static_cast<int>(m_content.buffers.size()); }
+    const char* getBufferName(int buffer) const override;
+    bool isBufferGlobal(int buffer) const override;
+    IUniform* getBufferMember(int buffer, int member) override;
 
     /// True once a load filled the container.
     bool loaded() const { return m_loaded; }

@@ -29,6 +29,16 @@ std::string Unescape(std::string_view text)
     return result;
 }
 
+// Int types take whole numbers in their range; the others any number.
+bool takesValue(ValueBase base, double value)
+{
+    if (base == ValueBase::Int)
+        return value == std::floor(value) && value >= -2147483648.0 && value <= 2147483647.0;
+    if (base == ValueBase::UInt)
+        return value == std::floor(value) && value >= 0.0 && value <= 4294967295.0;
+    return true;
+}
+
 } // namespace
 
 bool Parser::take(Token& token)
@@ -72,23 +82,10 @@ bool Parser::parseUniform(UniformDescription& uniform)
         return fail(type.line, "unknown uniform type " + quoted(type.text));
     if (!expectName(name, "a uniform name"))
         return false;
-    uniform.name = std::string(name.text);
+    uniform.name = scoped(name.text, "_"); // GLSL names have no "::"
     uniform.at = {m_source, name.line};
-    if (m_lexer->peek().is('[')) {
-        m_lexer->next();
-        Token size;
-        if (!take(size))
-            return false;
-        char* end = nullptr;
-        const std::string digits(size.text);
-        const long count = size.kind == Token::Number ? std::strtol(digits.c_str(), &end, 10) : 0;
-        if (size.kind != Token::Number || *end != '\0' || count < 1 || count > kMaxArraySize)
-            return fail(size.line, "array size of " + quoted(uniform.name) + " must be a whole number from 1 to " +
-                                       std::to_string(kMaxArraySize));
-        uniform.arraySize = static_cast<int>(count);
-        if (!expect(']', "after the array size"))
-            return false;
-    }
+    if (m_lexer->peek().is('[') && !parseArraySize(uniform))
+        return false;
     if (m_lexer->peek().is(':')) {
         m_lexer->next();
         Token semantic;
@@ -103,7 +100,30 @@ bool Parser::parseUniform(UniformDescription& uniform)
         if (!parseDefault(uniform))
             return false;
     }
+    if (uniform.arraySize == kSizedByValue)
+        return fail(uniform.at, "array " + quoted(uniform.name) + " has neither a size nor a value to size it");
     return expect(';', "after the declaration of " + quoted(uniform.name));
+}
+
+// "[N]", or "[]" for an array as long as its value.
+bool Parser::parseArraySize(UniformDescription& uniform)
+{
+    m_lexer->next();
+    Token size;
+    if (!take(size))
+        return false;
+    if (size.is(']')) {
+        uniform.arraySize = kSizedByValue;
+        return true;
+    }
+    char* end = nullptr;
+    const std::string digits(size.text);
+    const long count = size.kind == Token::Number ? std::strtol(digits.c_str(), &end, 10) : 0;
+    if (size.kind != Token::Number || *end != '\0' || count < 1 || count > kMaxArraySize)
+        return fail(size.line, "array size of " + quoted(uniform.name) + " must be a whole number from 1 to " +
+                                   std::to_string(kMaxArraySize));
+    uniform.arraySize = static_cast<int>(count);
+    return expect(']', "after the array size");
 }
 
 bool Parser::parseDefault(UniformDescription& uniform)
@@ -112,7 +132,9 @@ bool Parser::parseDefault(UniformDescription& uniform)
     const std::string what = "uniform " + quoted(uniform.name) + " (" + type.keyword + (uniform.arraySize ? "[]" : "") + ")";
     if (type.base == ValueBase::Sampler)
         return fail(uniform.at, what + ": a sampler takes no value");
-    const std::size_t expected = static_cast<std::size_t>(type.components) * std::max(uniform.arraySize, 1);
+    const bool sizedByValue = uniform.arraySize == kSizedByValue;
+    const std::size_t expected =
+        static_cast<std::size_t>(type.components) * (sizedByValue ? kMaxArraySize : std::max(uniform.arraySize, 1));
     const bool ok = parseList(takeOpeningBrace(), true, "the value of " + what, [&] {
         Token token;
         double value = 0.0;
@@ -122,15 +144,25 @@ bool Parser::parseDefault(UniformDescription& uniform)
             value = token.is("true") ? 1.0 : 0.0;
         else if (!parseNumber(token, value))
             return false;
-        if (type.base == ValueBase::Int && value != std::floor(value))
-            return fail(token.line, what + " takes whole numbers");
+        if (!takesValue(type.base, value))
+            return fail(token.line, what + (type.base == ValueBase::UInt ? " takes whole numbers from 0 to 4294967295"
+                                                                         : " takes whole numbers from -2147483648 to 2147483647"));
         if (uniform.values.size() == expected)
-            return fail(token.line, what + " takes " + std::to_string(expected) + " values, more are given");
+            return fail(token.line, sizedByValue ? what + " has more than " + std::to_string(kMaxArraySize) + " elements"
+                                                 : what + " takes " + std::to_string(expected) + " values, more are given");
         uniform.values.push_back(value);
         return true;
     });
     if (!ok)
         return false;
+    if (sizedByValue) {
+        const std::size_t elements = uniform.values.size() / type.components;
+        if (elements == 0 || elements * type.components != uniform.values.size())
+            return fail(uniform.at, what + " takes whole elements of " + std::to_string(type.components) +
+                                        " values, " + std::to_string(uniform.values.size()) + " given");
+        uniform.arraySize = static_cast<int>(elements);
+        return true;
+    }
     if (uniform.values.size() != expected)
         return fail(uniform.at, what + " takes " + std::to_string(expected) + " values, " +
                                     std::to_string(uniform.values.size()) + " given");
@@ -168,13 +200,13 @@ bool Parser::parseOptionalAnnotations(AnnotationList& annotations)
     return parseAnnotations(annotations);
 }
 
-bool Parser::parseAnnotations(AnnotationList& annotations)
+bool Parser::parseAnnotations(AnnotationList& annotations, char closing)
 {
     for (Token name; take(name);) {
-        if (name.is('>'))
+        if (name.is(closing))
             return true;
         if (name.kind != Token::Identifier)
-            return fail(name.line, "expected an annotation name or '>', found " + describe(name));
+            return fail(name.line, std::string("expected an annotation name or '") + closing + "', found " + describe(name));
         if (annotations.size() == kMaxAnnotations)
             return fail(name.line, "more than " + std::to_string(kMaxAnnotations) + " annotations");
         AnnotationEntry entry;
@@ -195,7 +227,7 @@ bool Parser::parseAnnotations(AnnotationList& annotations)
             entry.numbers.push_back(static_cast<float>(number));
         }
         annotations.push_back(std::move(entry));
-        if (m_lexer->peek().is('>'))
+        if (m_lexer->peek().is(closing))
             continue;
         if (!expect(';', "after annotation " + quoted(annotations.back().name)))
             return false;

@@ -5,6 +5,7 @@
 
 #include "Messages_p.h"
 #include "RenderStates_p.h"
+#include "SamplerStates_p.h"
 
 #include <cstddef>
 #include <string>
@@ -23,11 +24,14 @@ struct AnnotationEntry
 };
 using AnnotationList = std::vector<AnnotationEntry>;
 
+/// The array size of `uniform vec3 a[] = {...}` while its value is being read.
+constexpr int kSizedByValue = -1;
+
 struct UniformDescription
 {
     const ValueType* type = nullptr;
     std::string name;
-    int arraySize = 0; ///< 0: not an array
+    int arraySize = 0; ///< 0: not an array; kSizedByValue until its value is read
     std::string semantic;
     AnnotationList annotations;
     std::vector<double> values; ///< the default, all components; empty when none
@@ -37,6 +41,7 @@ struct UniformDescription
 struct BufferDescription
 {
     std::string name;
+    bool global = false; ///< shared by every effect that declares it (see GlobalBuffers_p.h)
     std::vector<UniformDescription> members;
     SourceLocation at;
 };
@@ -46,6 +51,14 @@ struct BufferDescription
 struct CodePiece
 {
     std::string name;
+    std::string text;
+    SourceLocation at;
+};
+
+/// A preprocessor line every stage gets as written (`#define`, `#undef`, `#pragma`,
+/// `#extension`), without comments.
+struct DirectiveLine
+{
     std::string text;
     SourceLocation at;
 };
@@ -62,7 +75,17 @@ enum StageIndex
     VertexIndex,
     FragmentIndex,
     GeometryIndex,
+    TessControlIndex,
+    TessEvaluationIndex,
     StageCount,
+};
+
+/// `SamplerResource(NAME) = { TEXTURE, STATE };` or `SamplerState(NAME) = STATE;` of a pass.
+struct SamplerAssignment
+{
+    std::string sampler;  ///< an effect-scope sampler uniform
+    std::size_t state;    ///< into EffectDescription::samplerStates
+    SourceLocation at;
 };
 
 struct PassDescription
@@ -71,6 +94,34 @@ struct PassDescription
     AnnotationList annotations;
     std::vector<CodeReference> stages[StageCount];
     std::vector<RenderStateSetting> states;
+    std::vector<SamplerAssignment> samplers;
+    SourceLocation at;
+};
+
+/// A named RasterizationState, DepthStencilState or ColorSampleState block: passes that
+/// name it get its states where they name it.
+struct StateBlockDescription
+{
+    std::string name;
+    StateFamily family = StateFamily::Rasterization;
+    std::vector<RenderStateSetting> states;
+    SourceLocation at;
+};
+
+struct SamplerStateDescription
+{
+    std::string name;
+    std::vector<SamplerParameter> parameters;
+    SourceLocation at;
+};
+
+/// A TextureResource block: the texture a sampler of its kind reads, named by its
+/// annotations (its "defaultFile"); the host binds the texture itself.
+struct TextureResourceDescription
+{
+    std::string name;
+    std::string samplerType; ///< the sampler keyword it fits ("sampler2D", ...)
+    AnnotationList annotations;
     SourceLocation at;
 };
 
@@ -91,9 +142,10 @@ struct ScopeItem
         SharedCode,
         Uniform,
         Buffer,
+        Directive,
     };
     Kind kind;
-    std::size_t index; ///< into sharedCode, uniforms or buffers
+    std::size_t index; ///< into sharedCode, uniforms, buffers or directives
 };
 
 struct EffectDescription
@@ -106,6 +158,11 @@ struct EffectDescription
     std::vector<CodePiece> namedCode;
     std::vector<UniformDescription> uniforms;
     std::vector<BufferDescription> buffers;
+    std::vector<DirectiveLine> directives; ///< in place among the scope's items
+    std::vector<DirectiveLine> extensions; ///< every stage has them right after its version
+    std::vector<StateBlockDescription> stateBlocks;
+    std::vector<SamplerStateDescription> samplerStates;
+    std::vector<TextureResourceDescription> textures;
     std::vector<TechniqueDescription> techniques;
     std::string version;   ///< the shared code's "#version ..." line; empty when none
     SourceLocation versionAt;

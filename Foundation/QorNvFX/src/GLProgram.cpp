@@ -17,8 +17,10 @@ namespace nvFX::detail {
 
 namespace {
 
-constexpr GLenum kShaderTypes[StageCount] = {GL_VERTEX_SHADER, GL_FRAGMENT_SHADER, GL_GEOMETRY_SHADER};
-constexpr const char* kStageNames[StageCount] = {"vertex", "fragment", "geometry"};
+constexpr GLenum kShaderTypes[StageCount] = {GL_VERTEX_SHADER, GL_FRAGMENT_SHADER, GL_GEOMETRY_SHADER,
+                                             GL_TESS_CONTROL_SHADER, GL_TESS_EVALUATION_SHADER};
+constexpr const char* kStageNames[StageCount] = {"vertex", "fragment", "geometry", "tessellation control",
+                                                 "tessellation evaluation"};
 
 template <typename GetLength, typename GetLog>
 std::string InfoLog(GLuint object, GetLength getLength, GetLog getLog)

@@ -18,8 +18,10 @@ namespace nvFX::detail {
 
 namespace {
 
-constexpr EShLanguage kLanguages[StageCount] = {EShLangVertex, EShLangFragment, EShLangGeometry};
-constexpr const char* kStageNames[StageCount] = {"vertex", "fragment", "geometry"};
+constexpr EShLanguage kLanguages[StageCount] = {EShLangVertex, EShLangFragment, EShLangGeometry, EShLangTessControl,
+                                                EShLangTessEvaluation};
+constexpr const char* kStageNames[StageCount] = {"vertex", "fragment", "geometry", "tessellation control",
+                                                 "tessellation evaluation"};
 // A wall of messages from one broken stage says no more than its first few.
 constexpr int kMaxMessages = 20;
 #define QOR_STRINGIFY(x) #x

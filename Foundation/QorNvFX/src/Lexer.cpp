@@ -135,13 +135,54 @@ Token Lexer::scan()
     return error(what, line);
 }
 
-Token Lexer::captureBlock()
+void Lexer::givePeekBack()
 {
     if (m_hasPeeked) {
         m_position = m_peekPosition;
         m_line = m_peekLine;
         m_hasPeeked = false;
     }
+}
+
+std::string Lexer::restOfLine(int& line)
+{
+    givePeekBack();
+    line = m_line;
+    std::string text;
+    while (m_position < m_text.size() && m_text[m_position] != '\n') {
+        const char c = m_text[m_position++];
+        const std::size_t next = at(m_position) == '\r' ? m_position + 1 : m_position;
+        if (c == '\\' && at(next) == '\n') {
+            m_position = next + 1;
+            ++m_line;
+            continue;
+        }
+        text += c;
+    }
+    return text;
+}
+
+bool Lexer::skipToDirectiveLine()
+{
+    givePeekBack();
+    bool lineStart = m_position == 0 || m_text[m_position - 1] == '\n';
+    for (; m_position < m_text.size(); ++m_position) {
+        const char c = m_text[m_position];
+        if (c == '#' && lineStart)
+            return true;
+        if (c == '\n') {
+            ++m_line;
+            lineStart = true;
+        } else if (c != ' ' && c != '\t' && c != '\r') {
+            lineStart = false;
+        }
+    }
+    return false;
+}
+
+Token Lexer::captureBlock()
+{
+    givePeekBack();
     const std::size_t start = m_position;
     const int line = m_line;
     int depth = 1;

@@ -48,8 +48,16 @@ public:
     /// (a peeked token is given back first). Braces in comments do not count. Error
     /// token when the text ends first.
     Token captureBlock();
+    /// The raw rest of the current line, without its newline, lines continued by a
+    /// trailing '\\' joined (a peeked token is given back first). `line` is where it
+    /// starts.
+    std::string restOfLine(int& line);
+    /// Moves to the next line whose first character other than blanks is '#'; false
+    /// when the text ends first. The '#' is left for next() or restOfLine().
+    bool skipToDirectiveLine();
 
 private:
+    void givePeekBack();
     void skipSpaceAndComments();
     Token scan();
     Token error(std::string_view message, int line);

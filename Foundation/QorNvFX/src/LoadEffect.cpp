@@ -2,6 +2,7 @@
 
 #include "Container_p.h"
 #include "EffectParser_p.h"
+#include "GlobalBuffers_p.h"
 #include "GlslangProgram_p.h"
 #include "StageAssembler_p.h"
 
@@ -23,7 +24,8 @@ struct NameIndex
     std::unordered_map<std::string, ConstantBuffer*> buffers;
 };
 
-void MakeUniforms(const EffectDescription& effect, ContainerContent& content, NameIndex& index)
+// False, after saying why, when a global buffer cannot be shared.
+bool MakeUniforms(const EffectDescription& effect, ContainerContent& content, NameIndex& index)
 {
     int nextUnit = 0;
     for (const UniformDescription& description : effect.uniforms) {
@@ -34,22 +36,40 @@ void MakeUniforms(const EffectDescription& effect, ContainerContent& content, Na
         if (sampler)
             nextUnit += elements;
     }
+    for (const SamplerStateDescription& state : effect.samplerStates)
+        content.samplerStates.push_back(std::make_unique<SamplerStateObject>(state.parameters));
+    unsigned int nextPoint = 0;
     for (const BufferDescription& description : effect.buffers) {
-        auto buffer = std::make_unique<ConstantBuffer>(description.name, static_cast<unsigned int>(content.buffers.size()));
-        for (const UniformDescription& member : description.members) {
-            buffer->addMember(std::make_unique<Uniform>(member, buffer.get(), 0));
-            index.members[buffer->members().back()->getName()] = buffer->members().back().get();
+        std::shared_ptr<ConstantBuffer> buffer;
+        if (description.global) {
+            const std::string place =
+                effect.sources.name(description.at.source) + "(" + std::to_string(description.at.line) + ")";
+            std::string why;
+            buffer = shareGlobalBuffer(description, place, why);
+            if (!buffer) {
+                reportError(effect.sources, description.at, why);
+                return false;
+            }
+        } else {
+            buffer = makeConstantBuffer(description, nextPoint++);
         }
+        for (const std::unique_ptr<Uniform>& member : buffer->members())
+            index.members[member->getName()] = member.get();
         index.buffers[buffer->name()] = buffer.get();
         content.buffers.push_back(std::move(buffer));
     }
+    return true;
 }
 
 // Compiles one pass with glslang and says which uniforms and buffers it uses; false
 // after printing why it does not compile or link.
 bool MakePassContent(const EffectDescription& effect, const TechniqueDescription& technique,
-                     const PassDescription& pass, const NameIndex& index, PassContent& content)
+                     const PassDescription& pass, const NameIndex& index, const ContainerContent& made,
+                     PassContent& content)
 {
+    for (const SamplerAssignment& assignment : pass.samplers)
+        content.samplerStates.emplace_back(index.uniforms.at(assignment.sampler),
+                                           made.samplerStates[assignment.state].get());
     content.name = pass.name;
     content.label = "pass '" + pass.name + "' of technique '" + technique.name + "'";
     for (int stage = 0; stage < StageCount; ++stage)
@@ -74,20 +94,21 @@ bool MakePassContent(const EffectDescription& effect, const TechniqueDescription
     return true;
 }
 
-bool Load(Container& container, const char* text)
+bool Load(Container& container, const char* text, const char* sourceName)
 {
-    EffectDescription effect(container.getName());
+    EffectDescription effect(sourceName && *sourceName ? sourceName : container.getName());
     if (!parseEffect(text, effect))
         return false;
     ContainerContent content;
     NameIndex index;
-    MakeUniforms(effect, content, index);
+    if (!MakeUniforms(effect, content, index))
+        return false;
     bool compiled = true;
     for (TechniqueDescription& technique : effect.techniques) {
         std::vector<std::unique_ptr<Pass>> passes;
         for (const PassDescription& pass : technique.passes) {
             PassContent passContent;
-            if (!MakePassContent(effect, technique, pass, index, passContent))
+            if (!MakePassContent(effect, technique, pass, index, content, passContent))
                 compiled = false;
             else
                 passes.push_back(std::make_unique<Pass>(std::move(passContent)));
@@ -105,6 +126,11 @@ bool Load(Container& container, const char* text)
 
 bool loadEffect(IContainer* container, const char* text)
 {
+    return loadEffect(container, text, nullptr);
+}
+
+bool loadEffect(IContainer* container, const char* text, const char* sourceName)
+{
     if (!container || !text) {
         nvFX::printf("nvFX: loadEffect: %s is null\n", container ? "the text" : "the container");
         return false;
@@ -116,7 +142,7 @@ bool loadEffect(IContainer* container, const char* text)
         return false;
     }
     try {
-        return Load(target, text);
+        return Load(target, text, sourceName);
     } catch (const std::exception& error) {
         nvFX::printf("nvFX: loadEffect: %s\n", error.what());
         return false;

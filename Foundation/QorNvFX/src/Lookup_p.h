@@ -10,9 +10,10 @@
 
 namespace nvFX::detail {
 
-/// The item at `index`; null for an index out of range.
-template <typename T>
-T* atIndex(const std::vector<std::unique_ptr<T>>& items, int index)
+/// The item at `index` of a vector of owning pointers (unique or shared); null for an
+/// index out of range.
+template <typename Pointers>
+auto atIndex(const Pointers& items, int index) -> decltype(items.front().get())
 {
     return index >= 0 && static_cast<std::size_t>(index) < items.size() ? items[static_cast<std::size_t>(index)].get()
                                                                          : nullptr;

@@ -20,8 +20,11 @@ Pass::Pass(PassContent content) : m_content(std::move(content)), m_annotations(s
 
 const char* Pass::getStageSource(Stage stage) const
 {
-    const int index = stage == VertexStage ? VertexIndex : stage == FragmentStage ? FragmentIndex : GeometryIndex;
-    return m_content.stages[index].empty() ? nullptr : m_content.stages[index].c_str();
+    // IPassEx::Stage counts the stages in the order of StageIndex.
+    const int index = static_cast<int>(stage);
+    if (index < 0 || index >= StageCount || m_content.stages[index].empty())
+        return nullptr;
+    return m_content.stages[index].c_str();
 }
 
 bool Pass::validate()
@@ -89,6 +92,9 @@ bool Pass::setup()
     }
     for (ConstantBuffer* buffer : m_content.buffers)
         buffer->bind();
+    for (const auto& [sampler, state] : m_content.samplerStates)
+        for (int element = 0; element < sampler->elements(); ++element)
+            m_samplerBinding.bind(sampler->getSamplerUnit() + element, state->sampler());
     m_stateChange.apply(m_content.states);
     m_setUp = true;
     return true;
@@ -99,6 +105,7 @@ bool Pass::restore()
     if (!m_setUp)
         return false;
     m_stateChange.restore();
+    m_samplerBinding.restore();
     glUseProgram(static_cast<GLuint>(m_previousProgram));
     m_setUp = false;
     return true;

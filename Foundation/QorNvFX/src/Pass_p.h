@@ -9,8 +9,10 @@
 #include "EffectDescription_p.h"
 #include "GLObjects_p.h"
 #include "RenderStates_p.h"
+#include "SamplerStates_p.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nvFX::detail {
@@ -29,6 +31,8 @@ struct PassContent
     std::vector<RenderStateSetting> states;
     std::vector<Uniform*> uniforms;       ///< effect-scope uniforms the program uses
     std::vector<ConstantBuffer*> buffers; ///< constant buffers the program uses
+    /// Sampler states for sampler uniforms, bound to the uniforms' units for the pass.
+    std::vector<std::pair<Uniform*, SamplerStateObject*>> samplerStates;
 };
 
 class Pass final : public IPassEx
@@ -73,6 +77,7 @@ private:
     std::vector<int> m_pending; ///< bindings to push at the next setup
     std::vector<Uniform*> m_textured; ///< samplers of m_bindings, for their textures
     RenderStateChange m_stateChange;
+    SamplerBinding m_samplerBinding;
     int m_previousProgram = 0;
     bool m_setUp = false;
 };

@@ -3,6 +3,7 @@
 
 #include "RenderStates_p.h"
 
+#include "GLWords_p.h"
 #include "Lookup_p.h"
 
 #include <GL/gl.h>
@@ -12,21 +13,15 @@ namespace nvFX::detail {
 
 namespace {
 
-struct Word
-{
-    const char* name; // the GL name, with its "GL_" prefix
-    int value;
-};
+constexpr GLWord kBooleans[] = {{"GL_TRUE", 1}, {"GL_FALSE", 0}, {"true", 1}, {"false", 0}};
 
-constexpr Word kBooleans[] = {{"GL_TRUE", 1}, {"GL_FALSE", 0}, {"true", 1}, {"false", 0}};
-
-constexpr Word kDepthFuncs[] = {{"GL_NEVER", GL_NEVER},     {"GL_LESS", GL_LESS},         {"GL_EQUAL", GL_EQUAL},
+constexpr GLWord kDepthFuncs[] = {{"GL_NEVER", GL_NEVER},     {"GL_LESS", GL_LESS},         {"GL_EQUAL", GL_EQUAL},
                                 {"GL_LEQUAL", GL_LEQUAL},   {"GL_GREATER", GL_GREATER},   {"GL_NOTEQUAL", GL_NOTEQUAL},
                                 {"GL_GEQUAL", GL_GEQUAL},   {"GL_ALWAYS", GL_ALWAYS}};
 
-constexpr Word kFaces[] = {{"GL_FRONT", GL_FRONT}, {"GL_BACK", GL_BACK}, {"GL_FRONT_AND_BACK", GL_FRONT_AND_BACK}};
+constexpr GLWord kFaces[] = {{"GL_FRONT", GL_FRONT}, {"GL_BACK", GL_BACK}, {"GL_FRONT_AND_BACK", GL_FRONT_AND_BACK}};
 
-constexpr Word kBlendFactors[] = {{"GL_ZERO", GL_ZERO},
+constexpr GLWord kBlendFactors[] = {{"GL_ZERO", GL_ZERO},
                                   {"GL_ONE", GL_ONE},
                                   {"GL_SRC_COLOR", GL_SRC_COLOR},
                                   {"GL_ONE_MINUS_SRC_COLOR", GL_ONE_MINUS_SRC_COLOR},
@@ -42,10 +37,18 @@ constexpr Word kBlendFactors[] = {{"GL_ZERO", GL_ZERO},
                                   {"GL_ONE_MINUS_CONSTANT_ALPHA", GL_ONE_MINUS_CONSTANT_ALPHA},
                                   {"GL_SRC_ALPHA_SATURATE", GL_SRC_ALPHA_SATURATE}};
 
-constexpr Word kPolygonModes[] = {{"GL_POINT", GL_POINT}, {"GL_LINE", GL_LINE}, {"GL_FILL", GL_FILL}};
+constexpr GLWord kPolygonModes[] = {{"GL_POINT", GL_POINT}, {"GL_LINE", GL_LINE}, {"GL_FILL", GL_FILL}};
+
+constexpr GLWord kFrontFaces[] = {{"GL_CW", GL_CW}, {"GL_CCW", GL_CCW}};
+
+constexpr GLWord kBlendEquations[] = {{"GL_FUNC_ADD", GL_FUNC_ADD},
+                                    {"GL_FUNC_SUBTRACT", GL_FUNC_SUBTRACT},
+                                    {"GL_FUNC_REVERSE_SUBTRACT", GL_FUNC_REVERSE_SUBTRACT},
+                                    {"GL_MIN", GL_MIN},
+                                    {"GL_MAX", GL_MAX}};
 
 template <std::size_t N>
-constexpr std::pair<const Word*, std::size_t> Words(const Word (&words)[N])
+constexpr std::pair<const GLWord*, std::size_t> Words(const GLWord (&words)[N])
 {
     return {words, N};
 }
@@ -141,8 +144,9 @@ void RestorePolygonMode(GLenum, const RenderStateValue& before)
 struct RenderStateKind
 {
     const char* name;
+    StateFamily family;
     RenderStateSyntax syntax;
-    std::pair<const Word*, std::size_t> words;
+    std::pair<const GLWord*, std::size_t> words;
     const char* wordList;
     GLenum glName; // the capability, query or side the functions work on
     Capture capture;
@@ -156,6 +160,22 @@ void ApplyDepthFunc(GLenum, const RenderStateValue& value) { glDepthFunc(value.i
 void ApplyDepthMask(GLenum, const RenderStateValue& value) { glDepthMask(value.ints[0] ? GL_TRUE : GL_FALSE); }
 void ApplyCullFace(GLenum, const RenderStateValue& value) { glCullFace(value.ints[0]); }
 void ApplyPolygonMode(GLenum, const RenderStateValue& value) { glPolygonMode(GL_FRONT_AND_BACK, value.ints[0]); }
+void ApplyFrontFace(GLenum, const RenderStateValue& value) { glFrontFace(value.ints[0]); }
+void ApplyPatchVertices(GLenum, const RenderStateValue& value) { glPatchParameteri(GL_PATCH_VERTICES, value.ints[0]); }
+// One equation for colour and alpha; the capture keeps both, so a restore puts back each.
+RenderStateValue CaptureBlendEquations(GLenum)
+{
+    RenderStateValue value;
+    glGetIntegerv(GL_BLEND_EQUATION_RGB, &value.ints[0]);
+    glGetIntegerv(GL_BLEND_EQUATION_ALPHA, &value.ints[1]);
+    return value;
+}
+void ApplyBlendEquation(GLenum, const RenderStateValue& value) { glBlendEquation(value.ints[0]); }
+void RestoreBlendEquations(GLenum, const RenderStateValue& before) { glBlendEquationSeparate(before.ints[0], before.ints[1]); }
+
+constexpr StateFamily Rasterization = StateFamily::Rasterization;
+constexpr StateFamily DepthStencil = StateFamily::DepthStencil;
+constexpr StateFamily ColorSample = StateFamily::ColorSample;
 
 constexpr const char* kBooleanList = "true, false, GL_TRUE, GL_FALSE";
 constexpr const char* kDepthFuncList =
@@ -163,26 +183,37 @@ constexpr const char* kDepthFuncList =
 constexpr const char* kBlendList = "a GL blend factor (GL_ZERO, GL_ONE, GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, ...)";
 
 const RenderStateKind kStates[] = {
-    {"DEPTH_TEST", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_DEPTH_TEST, CaptureEnabled,
-     ApplyEnabled, ApplyEnabled},
-    {"DEPTH_FUNC", RenderStateSyntax::Enum, Words(kDepthFuncs), kDepthFuncList, GL_DEPTH_FUNC, CaptureInteger,
-     ApplyDepthFunc, ApplyDepthFunc},
-    {"DEPTH_MASK", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, 0, CaptureDepthMask, ApplyDepthMask,
-     ApplyDepthMask},
-    {"CULL_FACE", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_CULL_FACE, CaptureEnabled,
-     ApplyEnabled, ApplyEnabled},
-    {"CULL_FACE_MODE", RenderStateSyntax::Enum, Words(kFaces), "GL_FRONT, GL_BACK, GL_FRONT_AND_BACK",
+    {"DEPTH_TEST", DepthStencil, RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_DEPTH_TEST,
+     CaptureEnabled, ApplyEnabled, ApplyEnabled},
+    {"DEPTH_FUNC", DepthStencil, RenderStateSyntax::Enum, Words(kDepthFuncs), kDepthFuncList, GL_DEPTH_FUNC,
+     CaptureInteger, ApplyDepthFunc, ApplyDepthFunc},
+    {"DEPTH_MASK", DepthStencil, RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, 0, CaptureDepthMask,
+     ApplyDepthMask, ApplyDepthMask},
+    {"DEPTH_WRITEMASK", DepthStencil, RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, 0,
+     CaptureDepthMask, ApplyDepthMask, ApplyDepthMask},
+    {"STENCIL_TEST", DepthStencil, RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_STENCIL_TEST,
+     CaptureEnabled, ApplyEnabled, ApplyEnabled},
+    {"CULL_FACE", Rasterization, RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_CULL_FACE,
+     CaptureEnabled, ApplyEnabled, ApplyEnabled},
+    {"CULL_FACE_MODE", Rasterization, RenderStateSyntax::Enum, Words(kFaces), "GL_FRONT, GL_BACK, GL_FRONT_AND_BACK",
      GL_CULL_FACE_MODE, CaptureInteger, ApplyCullFace, ApplyCullFace},
-    {"BLEND", RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_BLEND, CaptureEnabled, ApplyEnabled,
-     ApplyEnabled},
-    {"BLEND_SRC", RenderStateSyntax::Enum, Words(kBlendFactors), kBlendList, GL_BLEND_SRC, CaptureBlendFactors,
-     ApplyBlendFactor, RestoreBlendFactors},
-    {"BLEND_DST", RenderStateSyntax::Enum, Words(kBlendFactors), kBlendList, GL_BLEND_DST, CaptureBlendFactors,
-     ApplyBlendFactor, RestoreBlendFactors},
-    {"POLYGON_OFFSET", RenderStateSyntax::TwoFloats, {nullptr, 0}, "{ factor, units }", 0, CapturePolygonOffset,
-     ApplyPolygonOffset, RestorePolygonOffset},
-    {"POLYGON_MODE", RenderStateSyntax::Enum, Words(kPolygonModes), "GL_POINT, GL_LINE, GL_FILL", GL_POLYGON_MODE,
-     CaptureInteger, ApplyPolygonMode, RestorePolygonMode},
+    {"FRONT_FACE", Rasterization, RenderStateSyntax::Enum, Words(kFrontFaces), "GL_CW, GL_CCW", GL_FRONT_FACE,
+     CaptureInteger, ApplyFrontFace, ApplyFrontFace},
+    {"POLYGON_OFFSET", Rasterization, RenderStateSyntax::TwoFloats, {nullptr, 0}, "{ factor, units }", 0,
+     CapturePolygonOffset, ApplyPolygonOffset, RestorePolygonOffset},
+    {"POLYGON_MODE", Rasterization, RenderStateSyntax::Enum, Words(kPolygonModes), "GL_POINT, GL_LINE, GL_FILL",
+     GL_POLYGON_MODE, CaptureInteger, ApplyPolygonMode, RestorePolygonMode},
+    {"BLEND", ColorSample, RenderStateSyntax::Boolean, Words(kBooleans), kBooleanList, GL_BLEND, CaptureEnabled,
+     ApplyEnabled, ApplyEnabled},
+    {"BLEND_SRC", ColorSample, RenderStateSyntax::Enum, Words(kBlendFactors), kBlendList, GL_BLEND_SRC,
+     CaptureBlendFactors, ApplyBlendFactor, RestoreBlendFactors},
+    {"BLEND_DST", ColorSample, RenderStateSyntax::Enum, Words(kBlendFactors), kBlendList, GL_BLEND_DST,
+     CaptureBlendFactors, ApplyBlendFactor, RestoreBlendFactors},
+    {"BLEND_EQUATION", ColorSample, RenderStateSyntax::Enum, Words(kBlendEquations),
+     "GL_FUNC_ADD, GL_FUNC_SUBTRACT, GL_FUNC_REVERSE_SUBTRACT, GL_MIN, GL_MAX", 0, CaptureBlendEquations,
+     ApplyBlendEquation, RestoreBlendEquations},
+    {"PATCH_VERTICES", StateFamily::PassOnly, RenderStateSyntax::Count, {nullptr, 0}, "a whole number from 1 to 32",
+     GL_PATCH_VERTICES, CaptureInteger, ApplyPatchVertices, ApplyPatchVertices},
 };
 
 } // namespace
@@ -197,18 +228,31 @@ RenderStateSyntax syntaxOf(const RenderStateKind& kind)
     return kind.syntax;
 }
 
+StateFamily familyOf(const RenderStateKind& kind)
+{
+    return kind.family;
+}
+
+std::string_view describeFamily(StateFamily family)
+{
+    switch (family) {
+    case StateFamily::Rasterization:
+        return "CULL_FACE, CULL_FACE_MODE, FRONT_FACE, POLYGON_MODE, POLYGON_OFFSET";
+    case StateFamily::DepthStencil:
+        return "DEPTH_TEST, DEPTH_FUNC, DEPTH_MASK, DEPTH_WRITEMASK, STENCIL_TEST";
+    case StateFamily::ColorSample:
+    case StateFamily::PassOnly:
+        break;
+    }
+    return "BLEND, BLEND_SRC, BLEND_DST, BLEND_EQUATION";
+}
+
 bool parseStateWord(const RenderStateKind& kind, std::string_view word, RenderStateValue& value)
 {
-    const std::string_view prefix = "GL_";
-    for (std::size_t i = 0; i < kind.words.second; ++i) {
-        const std::string_view name = kind.words.first[i].name;
-        const bool bare = name.compare(0, prefix.size(), prefix) == 0 && word == name.substr(prefix.size());
-        if (word == name || bare) {
-            value.ints[0] = kind.words.first[i].value;
-            return true;
-        }
-    }
-    return false;
+    const GLWord* found = findGLWord(kind.words.first, kind.words.second, word);
+    if (found)
+        value.ints[0] = found->value;
+    return found != nullptr;
 }
 
 std::string_view describeStateWords(const RenderStateKind& kind)

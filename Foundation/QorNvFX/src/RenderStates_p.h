@@ -25,10 +25,23 @@ enum class RenderStateSyntax
     Boolean,   ///< true, false, GL_TRUE, GL_FALSE
     Enum,      ///< one GL enum name of the state's list, with or without "GL_"
     TwoFloats, ///< a brace list of two numbers
+    Count,     ///< a whole number from 1 to 32
+};
+
+/// The named state blocks a pass may refer to, each holding states of its family.
+enum class StateFamily
+{
+    Rasterization, ///< RasterizationState: culling, front face, polygon mode and offset
+    DepthStencil,  ///< DepthStencilState: depth test, function and mask, stencil test
+    ColorSample,   ///< ColorSampleState: blending, its factors and equation
+    PassOnly,      ///< set by passes, in no block: PATCH_VERTICES
 };
 
 /// The state of `name` (e.g. "DEPTH_FUNC"); null for one this runtime does not know.
 const RenderStateKind* findRenderState(std::string_view name);
+StateFamily familyOf(const RenderStateKind& kind);
+/// The states of `family`, for messages ("CULL_FACE, CULL_FACE_MODE, ...").
+std::string_view describeFamily(StateFamily family);
 RenderStateSyntax syntaxOf(const RenderStateKind& kind);
 /// Reads a Boolean or Enum state's value from its word; false when the word is not one
 /// of the values the state takes.

@@ -44,17 +44,20 @@ public:
         m_text += ";\n";
     }
 
-    void code(const CodePiece& piece)
-    {
-        line(piece.at);
-        m_text += piece.text;
-        m_text += "\n";
-    }
+    void code(const CodePiece& piece) { placed(piece.at, piece.text); }
+    void directive(const DirectiveLine& directive) { placed(directive.at, directive.text); }
 
     std::string take() { return std::move(m_text); }
     void append(const char* text) { m_text += text; }
 
 private:
+    void placed(SourceLocation at, const std::string& text)
+    {
+        line(at);
+        m_text += text;
+        m_text += "\n";
+    }
+
     bool m_nextLine;
     std::string m_text;
 };
@@ -64,8 +67,14 @@ private:
 std::string assembleStage(const EffectDescription& effect, const std::vector<CodeReference>& code)
 {
     StageWriter writer(effect.version.empty() ? std::string(kDefaultVersion) : effect.version);
+    // GLSL takes extensions only before any code.
+    for (const DirectiveLine& extension : effect.extensions)
+        writer.directive(extension);
     for (const ScopeItem& item : effect.scope) {
         switch (item.kind) {
+        case ScopeItem::Directive:
+            writer.directive(effect.directives[item.index]);
+            break;
         case ScopeItem::SharedCode:
             writer.code(effect.sharedCode[item.index]);
             break;

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 namespace nvFX::detail {
 
@@ -42,25 +43,83 @@ void PushInts(const Uniform& uniform, int location)
     Set(location, uniform.elements(), uniform.ints().data());
 }
 
+template <void (*Set)(GLint, GLsizei, const GLuint*)>
+void PushUInts(const Uniform& uniform, int location)
+{
+    // The ints hold the unsigned values' bits; int and unsigned int may alias.
+    Set(location, uniform.elements(), reinterpret_cast<const GLuint*>(uniform.ints().data()));
+}
+
+const double* AsDoubles(const Uniform& uniform)
+{
+    thread_local std::vector<double> converted;
+    const std::size_t count = static_cast<std::size_t>(uniform.type().components) * uniform.elements();
+    converted.assign(uniform.floats(), uniform.floats() + count);
+    return converted.data();
+}
+
+template <void (*Set)(GLint, GLsizei, const GLdouble*)>
+void PushDoubles(const Uniform& uniform, int location)
+{
+    Set(location, uniform.elements(), AsDoubles(uniform));
+}
+
+template <void (*Set)(GLint, GLsizei, GLboolean, const GLdouble*)>
+void PushDoubleMatrices(const Uniform& uniform, int location)
+{
+    Set(location, uniform.elements(), GL_FALSE, AsDoubles(uniform));
+}
+
+// By columns, then rows (2 to 4 each).
+template <typename Pusher>
+using MatrixTable = Pusher[3][3];
+
 Uniform::Pusher ChoosePusher(const ValueType& type)
 {
     static const Uniform::Pusher floats[] = {PushFloats<glUniform1fv>, PushFloats<glUniform2fv>,
                                              PushFloats<glUniform3fv>, PushFloats<glUniform4fv>};
-    static const Uniform::Pusher matrices[] = {PushMatrices<glUniformMatrix2fv>, PushMatrices<glUniformMatrix3fv>,
-                                               PushMatrices<glUniformMatrix4fv>};
+    static const Uniform::Pusher doubles[] = {PushDoubles<glUniform1dv>, PushDoubles<glUniform2dv>,
+                                              PushDoubles<glUniform3dv>, PushDoubles<glUniform4dv>};
+    static const MatrixTable<Uniform::Pusher> matrices = {
+        {PushMatrices<glUniformMatrix2fv>, PushMatrices<glUniformMatrix2x3fv>, PushMatrices<glUniformMatrix2x4fv>},
+        {PushMatrices<glUniformMatrix3x2fv>, PushMatrices<glUniformMatrix3fv>, PushMatrices<glUniformMatrix3x4fv>},
+        {PushMatrices<glUniformMatrix4x2fv>, PushMatrices<glUniformMatrix4x3fv>, PushMatrices<glUniformMatrix4fv>}};
+    static const MatrixTable<Uniform::Pusher> doubleMatrices = {
+        {PushDoubleMatrices<glUniformMatrix2dv>, PushDoubleMatrices<glUniformMatrix2x3dv>,
+         PushDoubleMatrices<glUniformMatrix2x4dv>},
+        {PushDoubleMatrices<glUniformMatrix3x2dv>, PushDoubleMatrices<glUniformMatrix3dv>,
+         PushDoubleMatrices<glUniformMatrix3x4dv>},
+        {PushDoubleMatrices<glUniformMatrix4x2dv>, PushDoubleMatrices<glUniformMatrix4x3dv>,
+         PushDoubleMatrices<glUniformMatrix4dv>}};
     static const Uniform::Pusher ints[] = {PushInts<glUniform1iv>, PushInts<glUniform2iv>, PushInts<glUniform3iv>,
                                            PushInts<glUniform4iv>};
-    if (type.base == ValueBase::Sampler)
+    static const Uniform::Pusher uints[] = {PushUInts<glUniform1uiv>, PushUInts<glUniform2uiv>,
+                                            PushUInts<glUniform3uiv>, PushUInts<glUniform4uiv>};
+    const int index = type.components - 1;
+    if (type.columns) {
+        const int rows = type.components / type.columns;
+        return (type.base == ValueBase::Double ? doubleMatrices : matrices)[type.columns - 2][rows - 2];
+    }
+    switch (type.base) {
+    case ValueBase::Float:
+        return floats[index];
+    case ValueBase::Double:
+        return doubles[index];
+    case ValueBase::UInt:
+        return uints[index];
+    case ValueBase::Sampler:
         return ints[0];
-    if (type.base != ValueBase::Float)
-        return ints[type.components - 1];
-    return type.columns ? matrices[type.columns - 2] : floats[type.components - 1];
+    case ValueBase::Int:
+    case ValueBase::Bool:
+        break;
+    }
+    return ints[index];
 }
 
 } // namespace
 
 Uniform::Uniform(const UniformDescription& description, ConstantBuffer* buffer, int samplerUnit)
-    : m_vectorComponents(description.type->base == ValueBase::Float && !description.type->columns
+    : m_vectorComponents(isFloating(description.type->base) && !description.type->columns
                              ? description.type->components
                              : 0),
       m_type(*description.type),
@@ -73,7 +132,7 @@ Uniform::Uniform(const UniformDescription& description, ConstantBuffer* buffer, 
       m_annotations(description.annotations)
 {
     const std::size_t size = static_cast<std::size_t>(m_type.components) * elements();
-    if (m_type.base == ValueBase::Float) {
+    if (isFloating(m_type.base)) {
         if (size > std::size(m_inlineFloats)) {
             m_heapFloats.assign(size, 0.0f);
             m_floats = m_heapFloats.data();
@@ -86,6 +145,8 @@ Uniform::Uniform(const UniformDescription& description, ConstantBuffer* buffer, 
     } else {
         m_ints.assign(size, 0);
         std::transform(description.values.begin(), description.values.end(), m_ints.begin(), [this](double value) {
+            if (m_type.base == ValueBase::UInt)
+                return static_cast<int>(static_cast<unsigned int>(value)); // the parser kept it in range
             return m_type.base == ValueBase::Bool ? (value != 0.0 ? 1 : 0) : static_cast<int>(value);
         });
     }
@@ -121,8 +182,8 @@ void Uniform::bufferChanged()
 
 bool Uniform::setFloats(const char* operation, const float* values, int count)
 {
-    if (m_type.base != ValueBase::Float)
-        return refuse(operation, "not a float, vector or matrix uniform");
+    if (!isFloating(m_type.base))
+        return refuse(operation, "not a float, double, vector or matrix uniform");
     if (!values || count < 1 || static_cast<std::size_t>(count) > m_floatCount)
         return refuse(operation, "no values, or more than the uniform holds");
     // One pass that compares and copies: setters run for every value of every frame.
@@ -190,8 +251,8 @@ bool Uniform::setMatrix4f(const float* columnMajor)
 
 bool Uniform::setValueiv(const int* values, int count)
 {
-    if (m_type.base != ValueBase::Int && m_type.base != ValueBase::Bool)
-        return refuse("setValueiv", "not an int or bool uniform");
+    if (m_type.base != ValueBase::Int && m_type.base != ValueBase::UInt && m_type.base != ValueBase::Bool)
+        return refuse("setValueiv", "not an int, unsigned int or bool uniform");
     if (!values || count < 1 || static_cast<std::size_t>(count) > m_ints.size())
         return refuse("setValueiv", "no values, or more than the uniform holds");
     const bool booleans = m_type.base == ValueBase::Bool;
@@ -235,11 +296,14 @@ bool Uniform::getValuefv(float* values, int count) const
 {
     if (m_type.base == ValueBase::Sampler)
         return refuse("getValuefv", "a sampler has no value to read");
-    const std::size_t size = m_type.base == ValueBase::Float ? m_floatCount : m_ints.size();
+    const std::size_t size = isFloating(m_type.base) ? m_floatCount : m_ints.size();
     if (!values || count < 1 || static_cast<std::size_t>(count) > size)
         return refuse("getValuefv", "no room, or more values asked than the uniform holds");
-    if (m_type.base == ValueBase::Float)
+    if (isFloating(m_type.base))
         std::copy_n(m_floats, count, values);
+    else if (m_type.base == ValueBase::UInt)
+        std::transform(m_ints.begin(), m_ints.begin() + count, values,
+                       [](int value) { return static_cast<float>(static_cast<unsigned int>(value)); });
     else
         std::transform(m_ints.begin(), m_ints.begin() + count, values, [](int value) { return static_cast<float>(value); });
     return true;

@@ -38,7 +38,7 @@ TEST(EffectErrorsTest, SyntaxAndStructureErrorsNameTheirLine)
         {"missing semicolon", "uniform float a\nuniform float b;",
          "effect(2): error: expected ';' after the declaration of 'a', found 'uniform'"},
         {"unknown block", "\n\nShader S { }", "effect(3): error: unknown block 'Shader'"},
-        {"unknown type", "uniform double d;", "effect(1): error: unknown uniform type 'double'"},
+        {"unknown type", "uniform half d;", "effect(1): error: unknown uniform type 'half'"},
         {"stray symbol", "uniform float a;\n}", "effect(2): error: unexpected '}' at effect scope"},
         {"unclosed code", "\nGLSLShader VS {\n void main() {}\n", "effect(2): error: GLSLShader 'VS': block not closed: '}' missing"},
         {"unclosed string", "uniform float a < UIName = \"open\n; >;", "effect(1): error: string not closed on its line"},
@@ -48,7 +48,7 @@ TEST(EffectErrorsTest, SyntaxAndStructureErrorsNameTheirLine)
          "effect(3): error: expected '{' to open pass 'P', found 'VertexProgram'"},
         {"bad character", "uniform float a;\n@", "effect(2): error: unexpected character '@'"},
         {"bad byte", "uniform float a;\n\x01", "effect(2): error: unexpected byte 0x01"},
-        {"other directive", "#define X 1", "effect(1): error: unsupported directive '#define'"},
+        {"other directive", "#line 4", "effect(1): error: unsupported directive '#line'"},
         {"bad number", "uniform float a = 1.2.3;", "effect(1): error: bad number '1.2.3'"},
         {"array size", "uniform vec4 a[0];", "effect(1): error: array size of 'a' must be a whole number from 1 to 4096"},
         {"annotation with a type", "uniform float a < string UIName = \"x\"; >;",
@@ -66,6 +66,18 @@ TEST(EffectErrorsTest, SyntaxAndStructureErrorsNameTheirLine)
         ExpectRefused(c);
 }
 
+TEST(EffectErrorsTest, MessagesNameTheSourceTheHostGivesAndTheContainerKeepsItsName)
+{
+    NvFXTest::MessageCapture capture;
+    const NvFXTest::Container container(nvFX::IContainer::create("Test"));
+    EXPECT_FALSE(nvFX::loadEffect(container.get(), "\n\nShader S { }", "shaders/glow.glslfx"));
+    EXPECT_EQ(capture.text(), "shaders/glow.glslfx(3): error: unknown block 'Shader'\n");
+    EXPECT_STREQ(container->getName(), "Test");
+    EXPECT_FALSE(nvFX::loadEffect(container.get(), "Shader S { }", ""));
+    EXPECT_NE(capture.text().find("Test(1): error: unknown block 'Shader'"), std::string::npos)
+        << "no source name: the container's";
+}
+
 TEST(EffectErrorsTest, UniformDeclarationsAreChecked)
 {
     const RefusedCase cases[] = {
@@ -75,7 +87,8 @@ TEST(EffectErrorsTest, UniformDeclarationsAreChecked)
         {"values without commas", "uniform vec2 a = {1 2};",
          "effect(1): error: expected ',' or '}' in the value of uniform 'a' (vec2), found '2'"},
         {"scalar for a vector", "uniform vec3 a = 1;", "effect(1): error: uniform 'a' (vec3) takes 3 values, 1 given"},
-        {"fraction for an int", "uniform ivec2 a = {1, 2.5};", "effect(1): error: uniform 'a' (ivec2) takes whole numbers"},
+        {"fraction for an int", "uniform ivec2 a = {1, 2.5};",
+         "effect(1): error: uniform 'a' (ivec2) takes whole numbers from -2147483648 to 2147483647"},
         {"value for a sampler", "uniform sampler2D s = 0;",
          "effect(1): error: uniform 's' (sampler2D): a sampler takes no value"},
         {"another type", "uniform vec3 Tint;\n\nuniform vec4 Tint;",
@@ -118,27 +131,83 @@ TEST(EffectErrorsTest, PassesAreChecked)
          "effect(3): error: expected ',' or '}' in the code list of 'FragmentProgram', found 'VS'"},
         {"pass twice", stages + "Technique T {\n Pass P { VertexProgram = VS; }\n Pass P { VertexProgram = VS; } }",
          "effect(4): error: pass 'P' declared again (first at effect(3))"},
+        {"no patch vertices", stages + "Technique T { Pass P { VertexProgram = VS;\n PATCH_VERTICES = 0; } }",
+         "effect(3): error: 'PATCH_VERTICES' takes a whole number from 1 to 32"},
+        {"patch vertices in a block", "RasterizationState R {\n PATCH_VERTICES = 3; }",
+         "effect(2): error: 'PATCH_VERTICES' does not belong in 'R' (CULL_FACE, CULL_FACE_MODE, FRONT_FACE, "
+         "POLYGON_MODE, POLYGON_OFFSET)"},
+        {"tessellation code missing", stages + "Technique T { Pass P {\n TessellationControlProgram = TCS; } }",
+         "effect(3): error: pass 'P' of technique 'T' names code 'TCS', which is not declared"},
     };
     for (const RefusedCase& c : cases)
         ExpectRefused(c);
 }
 
+TEST(EffectErrorsTest, StateBlocksAreCheckedWhereTheyAreWrittenAndNamed)
+{
+    const std::string stages = kStages; // line 1
+    const RefusedCase cases[] = {
+        {"state of another family", "RasterizationState R {\n DEPTH_TEST = true; }",
+         "effect(2): error: 'DEPTH_TEST' does not belong in 'R' (CULL_FACE, CULL_FACE_MODE, FRONT_FACE, POLYGON_MODE, "
+         "POLYGON_OFFSET)"},
+        {"unknown state", "ColorSampleState C { WIREFRAME = true; }",
+         "effect(1): error: unknown state 'WIREFRAME' in 'C' (BLEND, BLEND_SRC, BLEND_DST, BLEND_EQUATION)"},
+        {"unknown value", "DepthStencilState D { DEPTH_FUNC = SOMETIMES; }",
+         "effect(1): error: 'SOMETIMES' is not a value of 'DEPTH_FUNC' (GL_NEVER, GL_LESS, GL_EQUAL, GL_LEQUAL, "
+         "GL_GREATER, GL_NOTEQUAL, GL_GEQUAL, GL_ALWAYS)"},
+        {"missing value", "DepthStencilState D { DEPTH_TEST; }", "effect(1): error: expected '=' after 'DEPTH_TEST', found ';'"},
+        {"scene state in a block", "DepthStencilState D { ClearMode = all; }",
+         "effect(1): error: D: scene-level block 'ClearMode' is not supported by a material effect"},
+        {"block declared twice", "DepthStencilState D { }\nColorSampleState D { }",
+         "effect(2): error: state block 'D' declared again (first at effect(1))"},
+        {"undeclared block", stages + "Technique T { Pass P { VertexProgram = VS;\n DepthStencilState = Later; } }",
+         "effect(3): error: pass 'P' names DepthStencilState 'Later', which is not declared before it"},
+        {"block of another family", "DepthStencilState D { }\n" + stages +
+                                        "Technique T { Pass P {\n ColorSampleState = D; } }",
+         "effect(4): error: state block 'D' (declared at effect(1)) is not a ColorSampleState"},
+    };
+    for (const RefusedCase& c : cases)
+        ExpectRefused(c);
+    std::string many;
+    for (int i = 0; i < 10000; ++i)
+        many += "RasterizationState R" + std::to_string(i) + " { CULL_FACE = true; }\n";
+    ExpectRefused({"ten thousand blocks", many, "effect(1025): error: more than 1024 state blocks in one effect"});
+}
+
 TEST(EffectErrorsTest, ConstructsOfTheWiderFormatAreRefusedByName)
 {
-    const std::string stages = kStages;
     const RefusedCase cases[] = {
-        {"sampler state", "\nSamplerState Linear { }", "effect(2): error: sampler states are not supported: 'SamplerState'"},
-        {"texture", "TextureResource2D Tex { }", "effect(1): error: texture resources are not supported: 'TextureResource2D'"},
-        {"namespace", "namespace Lights { }", "effect(1): error: namespaces are not supported: 'namespace'"},
-        {"CUDA", "CUDAKernel K { }", "effect(1): error: CUDA code are not supported: 'CUDAKernel'"},
+        {"CgFX sampler state", "\nsampler_state Linear { }",
+         "effect(2): error: sampler states are not supported: 'sampler_state'"},
+        {"texture array", "TextureResource2DArray Tex { }",
+         "effect(1): error: texture resources are not supported: 'TextureResource2DArray'"},
+        {"image", "ImageResource2D Img { }", "effect(1): error: texture resources are not supported: 'ImageResource2D'"},
         {"HLSL", "HLSL11Shader S { }", "effect(1): error: HLSL code are not supported: 'HLSL11Shader'"},
-        {"frame buffer", "FrameBufferObject F { }", "effect(1): error: frame buffers are not supported: 'FrameBufferObject'"},
-        {"pass sampler", stages + "Technique T { Pass P {\n SamplerResource(s) = t; } }",
-         "effect(3): error: sampler states are not supported: 'SamplerResource'"},
+    };
+    for (const RefusedCase& c : cases)
+        ExpectRefused(c);
+}
+
+TEST(EffectErrorsTest, SceneLevelBlocksAreRefusedWithTheirNamesAndLines)
+{
+    const std::string stages = kStages; // line 1
+    const char* const suffix = ": scene-level block ";
+    const RefusedCase cases[] = {
+        {"render texture", "uniform float a;\n\nRenderTexture colourTex\n{ MSAA = {0,0}; }",
+         std::string("effect(3): error: colourTex") + suffix + "'RenderTexture' is not supported by a material effect"},
+        {"render buffer", "RenderBuffer depth { }", std::string("effect(1): error: depth") + suffix + "'RenderBuffer' is not supported by a material effect"},
+        {"frame buffer", "FBO target { }", std::string("effect(1): error: target") + suffix + "'FBO' is not supported by a material effect"},
+        {"CUDA without a name", "CUDACode { }", std::string("effect(1): error: CUDACode") + suffix + "'CUDACode' is not supported by a material effect"},
+        {"OptiX", "OptixProgram trace { }", std::string("effect(1): error: trace") + suffix + "'OptixProgram' is not supported by a material effect"},
+        {"path rendering", "PathShader outline { }", std::string("effect(1): error: outline") + suffix + "'PathShader' is not supported by a material effect"},
+        {"pass clear", stages + "Technique T { Pass Shadow {\n ClearMode = all; } }",
+         std::string("effect(3): error: Shadow") + suffix + "'ClearMode' is not supported by a material effect"},
+        {"pass target", stages + "Technique T { Pass P { VertexProgram = VS;\n CurrentTarget = fbo; } }",
+         std::string("effect(3): error: P") + suffix + "'CurrentTarget' is not supported by a material effect"},
+        {"pass blit", stages + "Technique T { Pass P {\n\n BlitFBOToActiveTarget = fbo; } }",
+         std::string("effect(4): error: P") + suffix + "'BlitFBOToActiveTarget' is not supported by a material effect"},
         {"pass compute", stages + "Technique T { Pass P {\n ComputeProgram = VS; } }",
-         "effect(3): error: compute programs are not supported: 'ComputeProgram'"},
-        {"pass render target", stages + "Technique T { Pass P {\n CurrentTarget = fbo; } }",
-         "effect(3): error: frame buffers are not supported: 'CurrentTarget'"},
+         std::string("effect(3): error: P") + suffix + "'ComputeProgram' is not supported by a material effect"},
     };
     for (const RefusedCase& c : cases)
         ExpectRefused(c);

@@ -112,6 +112,24 @@ TEST(IncludeTest, TextAnswersWorkAndErrorsNameTheIncludesLines)
               "badcode.glslfxh(2): error: pass 'P' of technique 'T', vertex stage: 'nothing' : undeclared identifier");
 }
 
+TEST(IncludeTest, MacrosCrossIncludesAndConditionsCloseWhereTheyOpen)
+{
+    IncludeWorld world{"", {{"options.glslfxh", "#define SHADOWS 2\n#ifndef QUALITY\n#define QUALITY 1\n#endif\n"},
+                            {"open.glslfxh", "#if SHADOWS\nuniform float A;\n"},
+                            {"close.glslfxh", "\n#endif\n"}},
+                       {}};
+    ScopedIncludes includes(world);
+    const NvFXTest::Loaded shared = Load("#define QUALITY 3\n#include \"options.glslfxh\"\n"
+                                         "#if SHADOWS == 2 && QUALITY == 3\nuniform float Both;\n#endif\n");
+    ASSERT_TRUE(shared.ok) << shared.messages;
+    EXPECT_NE(shared.container->findUniform("Both"), nullptr) << "the include's macros and ours are one table";
+
+    const NvFXTest::Loaded open = Load("#include \"options.glslfxh\"\n#include \"open.glslfxh\"\n#endif\n");
+    EXPECT_EQ(open.messages, "open.glslfxh(1): error: '#if' is not closed by '#endif'\n");
+    const NvFXTest::Loaded close = Load("#if 1\n#include \"close.glslfxh\"\n");
+    EXPECT_EQ(close.messages, "close.glslfxh(2): error: '#endif' without '#if'\n");
+}
+
 TEST(IncludeTest, MissingAndCyclicIncludesFailTheLoad)
 {
     IncludeWorld world{"", {{"a.glslfxh", "uniform float A;\n#include \"b.glslfxh\"\n"},

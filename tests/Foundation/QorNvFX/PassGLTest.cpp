@@ -6,6 +6,7 @@
 
 #include "NvFXTestSupport.h"
 
+#include "nvFX/IAnnotation.h"
 #include "nvFX/IPassEx.h"
 #include "nvFX/ITechniqueEx.h"
 #include "nvFX/IUniform.h"
@@ -217,4 +218,195 @@ TEST_F(PassGLTest, ProgramsAreMadeOnceAndGoWithTheirContainer)
     EXPECT_NE(technique.getPass(1)->getExInterface()->getProgram(), program);
     loaded.container.reset();
     EXPECT_FALSE(glIsProgram(program));
+}
+
+// Named state blocks: the pixel shows each took effect (culling hides a back face, the
+// depth function rejects a fragment, blending adds), and after the pass GL is as before.
+TEST(PassStateBlocksGLTest, BlocksTakeEffectForTheirPassesAndArePutBack)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
+uniform vec4 Colour = {0.25, 0.5, 0, 1};
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = Colour; } }
+RasterizationState CullFronts { CULL_FACE = true; CULL_FACE_MODE = GL_BACK; FRONT_FACE = GL_CW; }
+DepthStencilState Never { DEPTH_TEST = true; DEPTH_FUNC = GL_NEVER; DEPTH_WRITEMASK = false; }
+ColorSampleState Add { BLEND = true; BLEND_SRC = GL_ONE; BLEND_DST = GL_ONE; BLEND_EQUATION = GL_FUNC_ADD; }
+Technique T
+{
+    Pass Culled { VertexProgram = VS; FragmentProgram = FS; RasterizationState = CullFronts; }
+    Pass Rejected { VertexProgram = VS; FragmentProgram = FS; DepthStencilState = Never; }
+    Pass Added { VertexProgram = VS; FragmentProgram = FS; ColorSampleState = Add; DEPTH_TEST = false; }
+}
+)");
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    nvFX::ITechnique& technique = *loaded.container->findTechnique(0);
+    glClearColor(0.5f, 0.0f, 0.0f, 1.0f);
+    glDisable(GL_DEPTH_TEST);
+    const std::vector<float> before = RenderStates();
+    GLint frontFace = 0;
+    const Rgba background = {128, 0, 0, 255};
+    for (int i = 0; i < 3; ++i) {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        const Rgba drawn = DrawWith(*technique.getPass(i), gl);
+        SCOPED_TRACE(technique.getPass(i)->getName());
+        // The quad is counter-clockwise: with GL_CW it is a back face, and culled.
+        ExpectNear(drawn, i == 2 ? Rgba{192, 128, 0, 255} : background);
+        EXPECT_EQ(RenderStates(), before);
+        glGetIntegerv(GL_FRONT_FACE, &frontFace);
+        EXPECT_EQ(frontFace, GL_CCW);
+    }
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+// A sampler state's wrap mode decides the pixel: a two-texel texture (red, green) read
+// past its right edge repeats to red, or clamps to green; after the pass the unit has
+// no sampler object again.
+TEST(PassStateBlocksGLTest, SamplerStatesWrapTheTextureForTheirPass)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
+uniform sampler2D Stripes;
+SamplerState Repeat { TEXTURE_MIN_FILTER = NEAREST; TEXTURE_MAG_FILTER = NEAREST; TEXTURE_WRAP_S = REPEAT; }
+SamplerState Clamp { TEXTURE_MIN_FILTER = NEAREST; TEXTURE_MAG_FILTER = NEAREST; TEXTURE_WRAP_S = CLAMP_TO_EDGE; }
+TextureResource2D Pattern < defaultFile = "stripes.png"; >;
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = texture(Stripes, vec2(1.25, 0.5)); } }
+Technique T
+{
+    Pass Repeated { VertexProgram = VS; FragmentProgram = FS; SamplerResource(Stripes) = { Pattern, Repeat }; }
+    Pass Clamped { VertexProgram = VS; FragmentProgram = FS; SamplerResource(Stripes) = { Pattern, Clamp }; }
+}
+)");
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    TextureName texture;
+    const unsigned char texels[8] = {255, 0, 0, 255, 0, 255, 0, 255};
+    glBindTexture(GL_TEXTURE_2D, texture.name);
+    // The texture's own parameters would clamp and filter linearly: the sampler overrides them.
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    nvFX::IContainer& effect = *loaded.container;
+    ASSERT_TRUE(effect.findUniform("Stripes")->setSamplerResource(texture.name, 3));
+    nvFX::ITechnique& technique = *effect.findTechnique(0);
+    ExpectNear(DrawWith(*technique.getPass(0), gl), {255, 0, 0, 255});
+    ExpectNear(DrawWith(*technique.getPass(1), gl), {0, 255, 0, 255});
+    glActiveTexture(GL_TEXTURE3);
+    GLint sampler = -1;
+    glGetIntegerv(GL_SAMPLER_BINDING, &sampler);
+    EXPECT_EQ(sampler, 0) << "the unit's sampler is put back";
+    glActiveTexture(GL_TEXTURE0);
+    EXPECT_STREQ(effect.findUniform("Stripes")->annotations()->getAnnotationString("defaultFile"), "stripes.png");
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+// A global constant buffer set through one effect draws in another: both passes read
+// one GL buffer object at one binding point, uploaded once.
+TEST(PassStateBlocksGLTest, AGlobalBufferIsOneBufferForEveryEffect)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const std::string effect = R"(
+global ConstantBuffer Scene { uniform vec4 Tint = {0, 0, 0, 1}; };
+ConstantBuffer Local { uniform float Gain = 1; };
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader FS { void main() { gl_FragColor = Tint * Gain; } }
+Technique T { Pass P { VertexProgram = VS; FragmentProgram = FS; } }
+)";
+    const NvFXTest::Loaded first = NvFXTest::Load(effect, "first");
+    const NvFXTest::Loaded second = NvFXTest::Load(effect, "second");
+    ASSERT_TRUE(first.ok && second.ok) << first.messages << second.messages;
+    ASSERT_TRUE(first.container->findBufferUniform("Tint")->setValue4f(0.0f, 0.5f, 1.0f, 1.0f));
+    nvFX::IPass& firstPass = *first.container->findTechnique(0)->getPass(0);
+    nvFX::IPass& secondPass = *second.container->findTechnique(0)->getPass(0);
+    ExpectNear(DrawWith(secondPass, gl), {0, 128, 255, 255});
+    GLint scene[2] = {}, local[2] = {};
+    ASSERT_TRUE(firstPass.setup());
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 24, &scene[0]);
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 0, &local[0]);
+    ASSERT_TRUE(firstPass.restore());
+    ASSERT_TRUE(secondPass.setup());
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 24, &scene[1]);
+    glGetIntegeri_v(GL_UNIFORM_BUFFER_BINDING, 0, &local[1]);
+    ASSERT_TRUE(secondPass.restore());
+    EXPECT_NE(scene[0], 0);
+    EXPECT_EQ(scene[0], scene[1]) << "one buffer object for the global block";
+    EXPECT_NE(local[0], local[1]) << "each effect's own block has its own";
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+// Tessellation and geometry stages: a patch of three vertices (PATCH_VERTICES) passes
+// through control, evaluation and geometry code to the pixel; the patch size GL had
+// comes back after the pass.
+TEST(PassStateBlocksGLTest, TessellationAndGeometryStagesDrawAPatch)
+{
+    QorGLContext gl;
+    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+    const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
+GLSLShader { #version 450 compatibility
+}
+uniform vec4 Colour = {0, 1, 0, 1};
+GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
+GLSLShader TCS {
+    layout(vertices = 3) out;
+    void main()
+    {
+        gl_out[gl_InvocationID].gl_Position = gl_in[gl_InvocationID].gl_Position;
+        gl_TessLevelOuter[0] = gl_TessLevelOuter[1] = gl_TessLevelOuter[2] = 2.0;
+        gl_TessLevelInner[0] = 2.0;
+    }
+}
+GLSLShader TES {
+    layout(triangles) in;
+    void main()
+    {
+        gl_Position = gl_TessCoord.x * gl_in[0].gl_Position + gl_TessCoord.y * gl_in[1].gl_Position +
+                      gl_TessCoord.z * gl_in[2].gl_Position;
+    }
+}
+GLSLShader GS {
+    layout(triangles) in;
+    layout(triangle_strip, max_vertices = 3) out;
+    void main() { for (int i = 0; i < 3; ++i) { gl_Position = gl_in[i].gl_Position; EmitVertex(); } EndPrimitive(); }
+}
+GLSLShader FS { void main() { gl_FragColor = Colour; } }
+Technique T
+{
+    Pass Patch
+    {
+        VertexProgram = VS;
+        TessellationControlProgram = TCS;
+        TessellationEvaluationProgram = TES;
+        GeometryProgram = GS;
+        FragmentProgram = FS;
+        PATCH_VERTICES = 3;
+    }
+}
+)");
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    nvFX::IPass& pass = *loaded.container->findTechnique(0)->getPass(0);
+    EXPECT_NE(pass.getExInterface()->getStageSource(nvFX::IPassEx::TessEvaluationStage), nullptr);
+    glPatchParameteri(GL_PATCH_VERTICES, 4);
+    glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+    ASSERT_TRUE(pass.setup());
+    static const GLfloat corners[] = {-1.0f, -1.0f, 3.0f, -1.0f, -1.0f, 3.0f};
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(2, GL_FLOAT, 0, corners);
+    glDrawArrays(GL_PATCHES, 0, 3);
+    glDisableClientState(GL_VERTEX_ARRAY);
+    GLint during = 0;
+    glGetIntegerv(GL_PATCH_VERTICES, &during);
+    EXPECT_TRUE(pass.restore());
+    EXPECT_EQ(during, 3);
+    GLint after = 0;
+    glGetIntegerv(GL_PATCH_VERTICES, &after);
+    EXPECT_EQ(after, 4);
+    const std::vector<unsigned char> pixels = gl.ReadPixels();
+    const std::size_t at = (static_cast<std::size_t>(gl.GetHeight() / 2) * gl.GetWidth() + gl.GetWidth() / 2) * 4;
+    ExpectNear({pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]}, {0, 255, 0, 255});
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }

@@ -14,6 +14,8 @@ public:
         VertexStage,
         FragmentStage,
         GeometryStage,
+        TessControlStage,
+        TessEvaluationStage,
     };
 
     /// The GL program name; 0 until validate() succeeded.

@@ -18,8 +18,9 @@ class IUniformEx;
 class IUniform
 {
 public:
-    /// The type codes of the nvFX runtime. Uniforms declared in effects answer 1 to 15
-    /// and 20 to 24; the other codes name kinds of objects this runtime has no uniform of.
+    /// The type codes of the nvFX runtime. Uniforms declared in effects answer 1 to 15,
+    /// 20 to 24 and 26 to 83; 16 to 19 and 25 name kinds of objects this runtime has no
+    /// uniform of.
     enum Type
     {
         TUndefined = 0,
@@ -48,6 +49,67 @@ public:
         TSampler3D = 23,
         TSamplerCube = 24,
         TTextureUnit = 25,
+        // The other uniform types of GLSL 4.x: unsigned ints, doubles, non-square and
+        // double matrices, and the samplers of arrays, multisampling, buffers, shadows,
+        // and of int and unsigned textures.
+        TUInt = 26,
+        TUInt2 = 27,
+        TUInt3 = 28,
+        TUInt4 = 29,
+        TDouble = 30,
+        TDVec2 = 31,
+        TDVec3 = 32,
+        TDVec4 = 33,
+        TMat2x3 = 34,
+        TMat2x4 = 35,
+        TMat3x2 = 36,
+        TMat3x4 = 37,
+        TMat4x2 = 38,
+        TMat4x3 = 39,
+        TDMat2 = 40,
+        TDMat3 = 41,
+        TDMat4 = 42,
+        TDMat2x3 = 43,
+        TDMat2x4 = 44,
+        TDMat3x2 = 45,
+        TDMat3x4 = 46,
+        TDMat4x2 = 47,
+        TDMat4x3 = 48,
+        TSampler1DArray = 49,
+        TSampler2DArray = 50,
+        TSamplerCubeArray = 51,
+        TSampler2DMS = 52,
+        TSampler2DMSArray = 53,
+        TSamplerBuffer = 54,
+        TSampler1DShadow = 55,
+        TSampler2DShadow = 56,
+        TSampler2DRectShadow = 57,
+        TSampler1DArrayShadow = 58,
+        TSampler2DArrayShadow = 59,
+        TSamplerCubeShadow = 60,
+        TSamplerCubeArrayShadow = 61,
+        TISampler1D = 62,
+        TISampler2D = 63,
+        TISampler2DRect = 64,
+        TISampler3D = 65,
+        TISamplerCube = 66,
+        TISampler1DArray = 67,
+        TISampler2DArray = 68,
+        TISamplerCubeArray = 69,
+        TISampler2DMS = 70,
+        TISampler2DMSArray = 71,
+        TISamplerBuffer = 72,
+        TUSampler1D = 73,
+        TUSampler2D = 74,
+        TUSampler2DRect = 75,
+        TUSampler3D = 76,
+        TUSamplerCube = 77,
+        TUSampler1DArray = 78,
+        TUSampler2DArray = 79,
+        TUSamplerCubeArray = 80,
+        TUSampler2DMS = 81,
+        TUSampler2DMSArray = 82,
+        TUSamplerBuffer = 83,
     };
 
     /// Target codes of isUsedBy(): GLSL programs, or any kind of program. Every program

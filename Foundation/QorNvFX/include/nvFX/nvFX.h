@@ -27,6 +27,11 @@ void setIncludeCallback(IncludeCallback callback);
 /// effect; the container is left empty then. A null text fails too.
 bool loadEffect(IContainer* container, const char* text);
 
+/// loadEffect, with messages about the effect's own text naming `sourceName` (its file,
+/// as the host knows it) instead of the container's name, which stays as it was
+/// created. Null or empty: the container's name.
+bool loadEffect(IContainer* container, const char* text, const char* sourceName);
+
 /// Names the folder of a persistent cache of what loads compute (glslang's check of each
 /// pass, GL program binaries), for the whole process; null or "" turns it off, as it
 /// starts. A missing folder is made, readable by its owner only; a folder another user
