@@ -7,6 +7,7 @@
 #include "QorfxRender.h"
 #include "QorfxSgi.h"
 #include "QorfxStage.h"
+#include "QorfxViewWindow.h"
 #include "QorGL/QorGLContext.h"
 #include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
@@ -89,6 +90,15 @@ bool ParseSize(const std::string& size, QorfxRenderOptions& options)
     return true;
 }
 
+std::vector<std::string> LightKinds(const std::string& lights)
+{
+    std::vector<std::string> kinds;
+    std::istringstream list(lights);
+    for (std::string kind; std::getline(list, kind, ',');)
+        kinds.push_back(kind);
+    return kinds;
+}
+
 int Run(int argc, char** argv)
 {
     QorfxRemoveStaleTempFolders();
@@ -130,6 +140,20 @@ int Run(int argc, char** argv)
     render->add_option("--lights", lights, "Comma-separated light kinds: point, spot, dir");
     render->add_option("--env", options.environment, "Environment colour r,g,b, or \"sky\" (the default) for a cube map");
     addPath(render);
+
+    std::vector<std::string> viewInputs;
+    std::string viewScript, viewSize = "400x400", viewLights = "point,dir";
+    QorfxRenderOptions viewOptions;
+    CLI::App* view = app.add_subcommand("view", "Show materials in a window with a widget per value; follows saves of the effect files");
+    view->add_option("files", viewInputs, "Effect files or .zpk materials, side by side, values linked by name")->required();
+    view->add_option("--script", viewScript, "File of actions run one a frame: set, technique, reset, png, zpk, touch, sleep, quit");
+    view->add_option("--size", viewSize, "Picture size WxH of each material (1 to 4096 each)");
+    view->add_option("--mesh", viewOptions.mesh, "quad, cube or sphere");
+    view->add_option("--set", viewOptions.sets, "NAME=VALUE: a float, a colour r,g,b[,a] or a texture file");
+    view->add_option("--technique", viewOptions.technique, "Technique number or name");
+    view->add_option("--lights", viewLights, "Comma-separated light kinds: point, spot, dir");
+    view->add_option("--env", viewOptions.environment, "Environment colour r,g,b, or \"sky\" (the default) for a cube map");
+    addPath(view);
 
     std::string packEffect, packOutput;
     std::vector<std::string> packSets;
@@ -193,12 +217,16 @@ int Run(int argc, char** argv)
         return ParseSize(previewSize, migration.render) ? QorfxMigrate(migrateInputs, migration) : 2;
     }
 
+    if (*view) {
+        if (!ParseSize(viewSize, viewOptions))
+            return 2;
+        viewOptions.lights = LightKinds(viewLights);
+        return QorfxViewWindow(viewInputs, viewOptions, viewScript);
+    }
+
     if (!ParseSize(size, options))
         return 2;
-    options.lights.clear();
-    std::istringstream kinds(lights);
-    for (std::string kind; std::getline(kinds, kind, ',');)
-        options.lights.push_back(kind);
+    options.lights = LightKinds(lights);
     return QorfxRender(renderInputs, renderOutput, options);
 }
 
