@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -98,6 +99,14 @@ std::string ForParameter(const json& entry, const std::string& value)
     return ValueText(json(numbers));
 }
 
+// The compiler names lines of an effect read from memory without its file, "(7) : error
+// ...": the panel says which file.
+std::string Located(const std::string& listing, const std::string& file)
+{
+    static const std::regex line(R"(^\(\d+\) :)", std::regex::multiline);
+    return std::regex_replace(listing, line, file + "$&");
+}
+
 } // namespace
 
 QorfxViewSession::QorfxViewSession(QorfxRenderOptions options) : m_options(std::move(options)) {}
@@ -172,7 +181,7 @@ void QorfxViewSession::Load(QorfxViewSlot& slot)
     m_dirty = true;
     if (!slot.material) {
         slot.word = loading.word;
-        slot.problem = loading.message + (loading.details.empty() ? "" : "\n" + loading.details);
+        slot.problem = loading.message + (loading.details.empty() ? "" : "\n" + Located(loading.details, slot.label));
         std::fprintf(stderr, "qorfx: %s\n", slot.problem.c_str());
         return;
     }
@@ -358,6 +367,7 @@ bool QorfxViewSession::Draw()
     if (!m_dirty)
         return false;
     m_dirty = false;
+    ++m_drawings;
     m_context.MakeCurrent();
     const QorfxView view = Camera();
     for (QorfxViewSlot& slot : m_slots) {

@@ -75,6 +75,8 @@ public:
     const std::vector<QorfxViewSlot>& Slots() const { return m_slots; }
     const QorfxRenderOptions& Options() const { return m_options; }
     bool IsUserValue(const std::string& name) const;
+    /// Counts the drawings, so that a window knows when its copies of the pictures are old.
+    unsigned long Drawings() const { return m_drawings; }
 
 private:
     void Load(QorfxViewSlot& slot);
@@ -91,4 +93,5 @@ private:
     unsigned int m_skyTexture = 0;
     float m_pitch = 0, m_yaw = 0, m_distance = 0;
     bool m_dirty = true;
+    unsigned long m_drawings = 0;
 };

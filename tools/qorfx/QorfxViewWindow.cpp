@@ -75,9 +75,12 @@ public:
 
     GLFWwindow* Get() const { return m_window; }
 
-    // The pictures, as textures of the window's context.
+    // The pictures, as textures of the window's context, when they were drawn again.
     void Upload(const QorfxViewSession& session)
     {
+        if (m_drawings == session.Drawings())
+            return;
+        m_drawings = session.Drawings();
         const auto& slots = session.Slots();
         if (m_textures.size() != slots.size()) {
             m_textures.resize(slots.size());
@@ -117,6 +120,7 @@ private:
     GLFWwindow* m_window = nullptr;
     bool m_glfw = false, m_imgui = false;
     std::vector<GLuint> m_textures;
+    unsigned long m_drawings = 0;
 };
 
 // The mouse on the pictures (not on the panel) orbits with the left button and zooms with the wheel.
@@ -183,10 +187,9 @@ int QorfxViewWindow(const std::vector<std::string>& inputs, const QorfxRenderOpt
         case QorfxViewScript::Continue:
             break;
         }
-        const bool drawn = session.Draw();
+        session.Draw();
         glfwMakeContextCurrent(window.Get());
-        if (drawn)
-            window.Upload(session);
+        window.Upload(session);
 
         ImGui_ImplOpenGL2_NewFrame();
         ImGui_ImplGlfw_NewFrame();
@@ -197,6 +200,8 @@ int QorfxViewWindow(const std::vector<std::string>& inputs, const QorfxRenderOpt
         QorfxViewPanel(session, state, static_cast<float>(picturesWidth), kPanelWidth, static_cast<float>(height));
         Navigate(session);
         Keys(session, state);
+        // Saving from the panel draws in the offscreen context: the window's comes back.
+        glfwMakeContextCurrent(window.Get());
         ImGui::Render();
         glViewport(0, 0, width, height);
         glClearColor(0.05f, 0.05f, 0.06f, 1);
