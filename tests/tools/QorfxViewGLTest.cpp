@@ -164,3 +164,32 @@ TEST(QorfxViewGLTest, ValuesAScriptCannotSetEndTheWindowWithTheLine)
     EXPECT_NE(unwritable.err.find("script.txt:1: "), std::string::npos) << unwritable.err;
     EXPECT_FALSE(fs::exists(dir.File("x.png"))) << "nothing written but what was asked";
 }
+
+TEST(QorfxViewGLTest, ARealWindowOrbitsUnderAMouseDragAndItsSliderFollowsTheMouse)
+{
+    QorTempDir dir;
+    const std::string script = dir.Write("script.txt", "png " + dir.File("before.png") + "\nsleep 4\npng " +
+                                                           dir.File("after.png") + "\nzpk " + dir.File("after.zpk") +
+                                                           "\nquit\n");
+    // The window stands at the corner of the virtual screen (no window manager): the
+    // 200x200 cube at the left, the panel from x = 200, where Glossiness, the third
+    // value of one material, has its slider on the row at y = 172. ImGui reads the mouse
+    // once a frame, so each step waits a little.
+    const QorfxResult viewed = ViewWhileEditing(
+        QorfxSample("materials/plastic.cgfx") + " --mesh cube --size 200x200 --script " + script,
+        dir.File("before.png"), [] {
+            EXPECT_EQ(std::system("xdotool mousemove 100 100 sleep 0.2 mousedown 1 sleep 0.2 mousemove 130 100 "
+                                  "sleep 0.2 mousemove 160 110 sleep 0.2 mouseup 1"),
+                      0);
+            EXPECT_EQ(std::system("xdotool mousemove 340 172 sleep 0.2 mousedown 1 sleep 0.2 mousemove 300 172 "
+                                  "sleep 0.2 mousemove 205 172 sleep 0.2 mouseup 1"),
+                      0);
+        });
+    ASSERT_EQ(viewed.exitCode, 0) << viewed.err;
+    const Picture before = Read(dir.File("before.png")), after = Read(dir.File("after.png"));
+    ASSERT_TRUE(before.image && after.image);
+    const auto moved = MeanDifference(before, after);
+    EXPECT_GT(moved[0] + moved[1] + moved[2], 0.02) << "the cube turned";
+    const nlohmann::json stored = StoredValues(dir.File("after.zpk"), QorfxSample(""));
+    EXPECT_LT(stored["Glossiness"].get<float>(), 20.0f) << "dragged to the slider's left end; " << stored;
+}
