@@ -42,15 +42,16 @@ TEST(QorfxViewGLTest, AScriptedSessionSavesWhatRenderDrawsAndADocumentOfItsValue
 {
     QorTempDir dir;
     const std::string effect = WriteViewMaterial(dir);
-    const std::string script = dir.Write("script.txt", "# values first, then the other technique\n"
-                                                       "set Gain 0.5\nset Tint 0.9,0.3,0.1\n"
-                                                       "png " + dir.File("view.png") + "\nzpk " + dir.File("view.zpk") +
-                                                       "\ntechnique Red\npng " + dir.File("red.png") +
-                                                       "\nreset Gain\nzpk " + dir.File("reset.zpk") + "\nquit\n");
+    const std::string script =
+        dir.Write("script.txt", "# values first, then the other technique\n"
+                                "set Gain 0.5\nset Tint 0.9,0.3,0.1\n"
+                                "png " +
+                                    dir.File("view.png") + "\nzpk " + dir.File("view.zpk") + "\ntechnique Red\npng " +
+                                    dir.File("red.png") + "\nreset Gain\nzpk " + dir.File("reset.zpk") + "\nquit\n");
     const QorfxResult viewed = RunQorfx("view " + effect + " --size 96x96 --script " + script, "timeout 60 ");
     ASSERT_EQ(viewed.exitCode, 0) << viewed.err;
-    const QorfxResult rendered =
-        RunQorfx("render " + effect + " --size 96x96 --set Gain=0.5 --set Tint=0.9,0.3,0.1 -o " + dir.File("render.png"));
+    const QorfxResult rendered = RunQorfx(
+        "render " + effect + " --size 96x96 --set Gain=0.5 --set Tint=0.9,0.3,0.1 -o " + dir.File("render.png"));
     ASSERT_EQ(rendered.exitCode, 0) << rendered.err;
     ExpectSamePicture(dir.File("view.png"), dir.File("render.png"), 0.01);
     const auto red = Read(dir.File("red.png")).At(48, 48);
@@ -73,8 +74,10 @@ TEST(QorfxViewGLTest, TwinsSideBySideShareValuesByNameAndMatchRendersSheet)
         dir.Write("script.txt", "set Diffuse 0.1,0.7,0.2\nset Glossiness 12\npng " + dir.File("view.png") + "\nquit\n");
     const QorfxResult viewed = RunQorfx("view " + twins + " --size 64x64 --script " + script, "timeout 60 ");
     ASSERT_EQ(viewed.exitCode, 0) << viewed.err;
-    const QorfxResult rendered = RunQorfx("render " + twins + " --size 64x64 --columns 2 --set Diffuse=0.1,0.7,0.2 "
-                                          "--set Glossiness=12 -o " + dir.File("render.png"));
+    const QorfxResult rendered = RunQorfx("render " + twins +
+                                          " --size 64x64 --columns 2 --set Diffuse=0.1,0.7,0.2 "
+                                          "--set Glossiness=12 -o " +
+                                          dir.File("render.png"));
     ASSERT_EQ(rendered.exitCode, 0) << rendered.err;
     ExpectSamePicture(dir.File("view.png"), dir.File("render.png"), 0.01);
     const auto glsl = Read(dir.File("view.png")).At(96, 32);
@@ -85,9 +88,9 @@ TEST(QorfxViewGLTest, SavingTheEffectOrItsIncludeReloadsWithinASecondAndKeepsThe
 {
     QorTempDir dir;
     const std::string effect = WriteViewMaterial(dir);
-    const std::string script = dir.Write("script.txt", "set Gain 0.5\npng " + dir.File("first.png") + "\nsleep 1\nzpk " +
-                                                           dir.File("after.zpk") + "\npng " + dir.File("after.png") +
-                                                           "\nquit\n");
+    const std::string script =
+        dir.Write("script.txt", "set Gain 0.5\npng " + dir.File("first.png") + "\nsleep 1\nzpk " +
+                                    dir.File("after.zpk") + "\npng " + dir.File("after.png") + "\nquit\n");
     const QorfxResult viewed = ViewWhileEditing("--size 64x64 " + effect + " --script " + script, dir.File("first.png"),
                                                 [&] { dir.Write("view.cgfx", ViewEffect("0.9, 0.8, 0.1")); });
     ASSERT_EQ(viewed.exitCode, 0) << viewed.err;
@@ -99,9 +102,9 @@ TEST(QorfxViewGLTest, SavingTheEffectOrItsIncludeReloadsWithinASecondAndKeepsThe
     EXPECT_GT(after[0], after[2]) << "the picture follows the save";
 
     // An include the effect names is watched too: shading to black shows.
-    const QorfxResult included = ViewWhileEditing(
-        "--size 64x64 " + effect + " --script " + script, dir.File("first.png"),
-        [&] { dir.Write("shaders/ViewShade.cgh", ViewInclude("return colour * 0;")); });
+    const QorfxResult included =
+        ViewWhileEditing("--size 64x64 " + effect + " --script " + script, dir.File("first.png"),
+                         [&] { dir.Write("shaders/ViewShade.cgh", ViewInclude("return colour * 0;")); });
     ASSERT_EQ(included.exitCode, 0) << included.err;
     const auto black = Read(dir.File("after.png")).At(32, 32);
     EXPECT_LT(black[0] + black[1] + black[2], 10);
@@ -113,11 +116,12 @@ TEST(QorfxViewGLTest, ABrokenSaveShowsItsLineAndKeepsTheLastPicture)
     const std::string effect = WriteViewMaterial(dir);
     const std::string script = dir.Write("script.txt", "png " + dir.File("first.png") + "\nsleep 1\npng " +
                                                            dir.File("second.png") + "\nquit\n");
-    const QorfxResult broken = ViewWhileEditing(
-        "--size 64x64 " + effect + " --script " + script, dir.File("first.png"),
-        [&] { dir.Write("view.cgfx", ViewEffect("0.9, 0.8, 0.1", "return float4(Shade(Tint), 1) oops;")); });
+    const QorfxResult broken =
+        ViewWhileEditing("--size 64x64 " + effect + " --script " + script, dir.File("first.png"), [&] {
+            dir.Write("view.cgfx", ViewEffect("0.9, 0.8, 0.1", "return float4(Shade(Tint), 1) oops;"));
+        });
     EXPECT_EQ(broken.exitCode, 0) << broken.err;
-    EXPECT_NE(broken.err.find("view.cgfx(7) : error"), std::string::npos) << broken.err;
+    EXPECT_NE(broken.err.find("view.cgfx(8) : error"), std::string::npos) << broken.err;
     ExpectSamePicture(dir.File("first.png"), dir.File("second.png"), 0);
 
     // The effect deleted, then a folder or a FIFO in its place: said, and the picture stays.
@@ -125,11 +129,11 @@ TEST(QorfxViewGLTest, ABrokenSaveShowsItsLineAndKeepsTheLastPicture)
                                 +[](const std::string& file) { mkfifo(file.c_str(), 0600); }}) {
         dir.Write("view.cgfx", ViewEffect());
         fs::remove(dir.File("first.png"));
-        const QorfxResult replaced = ViewWhileEditing("--size 64x64 " + effect + " --script " + script,
-                                                      dir.File("first.png"), [&] {
-                                                          fs::remove(effect);
-                                                          replace(effect);
-                                                      });
+        const QorfxResult replaced =
+            ViewWhileEditing("--size 64x64 " + effect + " --script " + script, dir.File("first.png"), [&] {
+                fs::remove(effect);
+                replace(effect);
+            });
         EXPECT_EQ(replaced.exitCode, 0) << replaced.err;
         EXPECT_NE(replaced.err.find("view.cgfx: cannot read the file"), std::string::npos) << replaced.err;
         ExpectSamePicture(dir.File("first.png"), dir.File("second.png"), 0);
@@ -153,7 +157,8 @@ TEST(QorfxViewGLTest, ValuesAScriptCannotSetEndTheWindowWithTheLine)
         {"technique Blue", "or a technique name of view, not \"Blue\""},
     };
     for (const auto& bad : cases) {
-        const std::string script = dir.Write("script.txt", std::string(bad.action) + "\npng " + dir.File("x.png") + "\n");
+        const std::string script =
+            dir.Write("script.txt", std::string(bad.action) + "\npng " + dir.File("x.png") + "\n");
         const QorfxResult viewed = RunQorfx("view " + effect + " --size 32x32 --script " + script, "timeout 60 ");
         EXPECT_EQ(viewed.exitCode, 1) << bad.action;
         EXPECT_NE(viewed.err.find(bad.message), std::string::npos) << viewed.err;
@@ -168,9 +173,9 @@ TEST(QorfxViewGLTest, ValuesAScriptCannotSetEndTheWindowWithTheLine)
 TEST(QorfxViewGLTest, ARealWindowOrbitsUnderAMouseDragAndItsSliderFollowsTheMouse)
 {
     QorTempDir dir;
-    const std::string script = dir.Write("script.txt", "png " + dir.File("before.png") + "\nsleep 4\npng " +
-                                                           dir.File("after.png") + "\nzpk " + dir.File("after.zpk") +
-                                                           "\nquit\n");
+    const std::string script =
+        dir.Write("script.txt", "png " + dir.File("before.png") + "\nsleep 4\npng " + dir.File("after.png") + "\nzpk " +
+                                    dir.File("after.zpk") + "\nquit\n");
     // The window stands at the corner of the virtual screen (no window manager): the
     // 200x200 cube at the left, the panel from x = 200, where Glossiness, the third
     // value of one material, has its slider on the row at y = 172. ImGui reads the mouse

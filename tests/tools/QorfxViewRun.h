@@ -18,7 +18,7 @@ inline std::string ViewInclude(const std::string& body = "return colour;")
 }
 
 /// A flat material: Tint (a colour of three) times Gain (a slider from 0 to 2), shaded by
-/// the include; technique "Red" draws red. The pixel program's body is line 7.
+/// the include; technique "Red" draws red. The pixel program's body is line 8.
 inline std::string ViewEffect(const std::string& tint = "0.2, 0.4, 0.8",
                               const std::string& pixel = "return float4(Shade(Tint * Gain), 1);")
 {
@@ -26,12 +26,15 @@ inline std::string ViewEffect(const std::string& tint = "0.2, 0.4, 0.8",
            "#include \"ViewShade.cgh\"\n"
            "float4x4 WorldViewProj : WORLDVIEWPROJECTION;\n"
            "float3 Tint < string UIName = \"Tint\"; string UIWidget = \"Color\"; > = {" + tint + "};\n"
-           "float Gain < string UIWidget = \"Slider\"; float UIMin = 0.0; float UIMax = 2.0; float UIStep = 0.01; > = 1.0;\n"
+           "float Gain < string UIWidget = \"Slider\";\n"
+           "    float UIMin = 0.0; float UIMax = 2.0; float UIStep = 0.01; > = 1.0;\n"
            "float4 FlatVS(float4 position : POSITION) : POSITION { return mul(WorldViewProj, position); }\n"
            "float4 TintPS() : COLOR { " + pixel + " }\n"
            "float4 RedPS() : COLOR { return float4(1, 0, 0, 1); }\n"
-           "technique Tinted { pass p0 { VertexProgram = compile arbvp1 FlatVS(); FragmentProgram = compile arbfp1 TintPS(); } }\n"
-           "technique Red { pass p0 { VertexProgram = compile arbvp1 FlatVS(); FragmentProgram = compile arbfp1 RedPS(); } }\n";
+           "technique Tinted {\n"
+           "    pass p0 { VertexProgram = compile arbvp1 FlatVS(); FragmentProgram = compile arbfp1 TintPS(); } }\n"
+           "technique Red {\n"
+           "    pass p0 { VertexProgram = compile arbvp1 FlatVS(); FragmentProgram = compile arbfp1 RedPS(); } }\n";
 }
 
 /// The material in `dir`: "view.cgfx" and "shaders/ViewShade.cgh"; returns the effect's path.

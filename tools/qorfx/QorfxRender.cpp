@@ -8,11 +8,7 @@
 
 #include <GL/gl.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 

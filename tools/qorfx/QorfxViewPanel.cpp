@@ -2,6 +2,7 @@
 
 #include "QorfxDescribe.h"
 #include "QorfxViewSession.h"
+#include "QorfxViewValues.h"
 
 #include "QorVisShaders/QorIShaderParameters.h"
 #include "QorVisShaders/QorShaderValueType.h"
@@ -12,7 +13,6 @@
 #include <cctype>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <set>
 
 using nlohmann::json;
@@ -28,13 +28,6 @@ std::string Lower(std::string text)
     return text;
 }
 
-std::string FloatText(float value)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.9g", value);
-    return text;
-}
-
 void Apply(QorfxViewPanelState& state, const std::string& problem)
 {
     if (!problem.empty())
@@ -46,7 +39,8 @@ void Apply(QorfxViewPanelState& state, const std::string& problem)
 void FloatWidget(QorfxViewSession& session, QorfxViewPanelState& state, const json& entry, const char* label,
                  const std::string& name, float value)
 {
-    const std::string widget = Lower(entry.value("widget", json("")).is_string() ? entry["widget"].get<std::string>() : "");
+    const std::string widget =
+        Lower(entry.value("widget", json("")).is_string() ? entry["widget"].get<std::string>() : "");
     const bool ranged = entry.contains("min") && entry["max"].get<float>() > entry["min"].get<float>();
     const float min = ranged ? entry["min"].get<float>() : 0, max = ranged ? entry["max"].get<float>() : 0;
     const float step = entry.contains("step") ? entry["step"].get<float>() : 0;
@@ -63,7 +57,7 @@ void FloatWidget(QorfxViewSession& session, QorfxViewPanelState& state, const js
         return;
     if (ranged && step > 0)
         edited = std::clamp(min + std::round((edited - min) / step) * step, min, max);
-    Apply(state, session.Set(name, FloatText(edited)));
+    Apply(state, session.Set(name, QorfxValueText(edited)));
 }
 
 void ColourWidget(QorfxViewSession& session, QorfxViewPanelState& state, const char* label, const std::string& name,
@@ -80,7 +74,7 @@ void ColourWidget(QorfxViewSession& session, QorfxViewPanelState& state, const c
         return;
     std::string text;
     for (std::size_t i = 0; i < count; ++i)
-        text += (i ? "," : "") + FloatText(rgba[i]);
+        text += (i ? "," : "") + QorfxValueText(rgba[i]);
     Apply(state, session.Set(name, text));
 }
 
@@ -104,7 +98,8 @@ void ParameterWidget(QorfxViewSession& session, QorfxViewPanelState& state, Qorf
         return;
     const int type = entry["type"];
     const json value = QorfxValueJson(*values, index, type);
-    const std::string shown = entry.value("uiName", json(nullptr)).is_string() ? entry["uiName"].get<std::string>() : name;
+    const std::string shown =
+        entry.value("uiName", json(nullptr)).is_string() ? entry["uiName"].get<std::string>() : name;
     const std::string label = shown + "##" + name;
     ImGui::PushID(name.c_str());
     if (session.IsUserValue(name)) {
@@ -185,7 +180,8 @@ void Scene(QorfxViewSession& session, QorfxViewPanelState& state)
         float rgb[3] = {0.1f, 0.1f, 0.1f};
         std::sscanf(options.environment.c_str(), "%f,%f,%f", &rgb[0], &rgb[1], &rgb[2]);
         if (ImGui::ColorEdit3("Environment", rgb, ImGuiColorEditFlags_Float))
-            Apply(state, session.SetEnvironment(FloatText(rgb[0]) + "," + FloatText(rgb[1]) + "," + FloatText(rgb[2])));
+            Apply(state, session.SetEnvironment(QorfxValueText(rgb[0]) + "," + QorfxValueText(rgb[1]) + "," +
+                                                QorfxValueText(rgb[2])));
     }
 }
 
@@ -211,7 +207,8 @@ void QorfxViewPanel(QorfxViewSession& session, QorfxViewPanelState& state, float
 {
     ImGui::SetNextWindowPos(ImVec2(left, 0));
     ImGui::SetNextWindowSize(ImVec2(width, height));
-    ImGui::Begin("Material", nullptr, ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse);
+    ImGui::Begin("Material", nullptr,
+                 ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoCollapse);
     const QorfxViewSlot* first = nullptr;
     for (const QorfxViewSlot& slot : session.Slots()) {
         ImGui::TextUnformatted(slot.label.c_str());

@@ -73,7 +73,8 @@ bool QorfxViewScript::Read(const std::string& file, std::string& problem)
         } else {
             action.name = rest;
         }
-        const bool counted = arguments == 0 ? rest.empty() : !action.name.empty() && (arguments == 1 || !action.value.empty());
+        const bool counted =
+            arguments == 0 ? rest.empty() : !action.name.empty() && (arguments == 1 || !action.value.empty());
         if (!counted) {
             static const char* const usage[] = {"\"%s\" takes nothing after it", "\"%s\" takes one argument",
                                                 "\"%s\" takes a name and a value"};

@@ -4,9 +4,9 @@
 #include "QorfxPack.h"
 #include "QorfxScene.h"
 #include "QorfxSheet.h"
+#include "QorfxViewValues.h"
 
 #include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorShaderValueType.h"
 
 #include <GL/gl.h>
 
@@ -17,7 +17,6 @@
 #include <cstring>
 #include <filesystem>
 #include <regex>
-#include <sstream>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -25,79 +24,6 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 namespace {
-
-// The parameter entry of `name` in a material's description; null when it has none.
-const json* FindParameter(const json& description, const std::string& name)
-{
-    const auto parameters = description.find("parameters");
-    if (parameters == description.end())
-        return nullptr;
-    for (const json& entry : *parameters)
-        if (entry["name"] == name)
-            return &entry;
-    return nullptr;
-}
-
-// A value of a description as --set takes it: every float digit kept.
-std::string ValueText(const json& value)
-{
-    if (value.is_string())
-        return value.get<std::string>();
-    if (value.is_number()) {
-        char text[32];
-        std::snprintf(text, sizeof text, "%.9g", value.get<double>());
-        return text;
-    }
-    std::string text;
-    if (value.is_array())
-        for (const json& item : value)
-            text += (text.empty() ? "" : ",") + ValueText(item);
-    return text;
-}
-
-// The numbers of a float or colour value; false for text that is not finite numbers.
-bool Numbers(const std::string& text, std::vector<float>& numbers)
-{
-    std::istringstream in(text);
-    for (std::string item; std::getline(in, item, ',');) {
-        char* end = nullptr;
-        const float value = std::strtof(item.c_str(), &end);
-        if (item.empty() || *end != '\0' || !std::isfinite(value))
-            return false;
-        numbers.push_back(value);
-    }
-    return !numbers.empty();
-}
-
-// Refuses what a widget could not give: not numbers, or a number beyond UIMin and UIMax.
-std::string CheckValue(const json& entry, const std::string& name, const std::string& value)
-{
-    if (entry["type"] == QorValueTexture)
-        return "";
-    std::vector<float> numbers;
-    if (!Numbers(value, numbers))
-        return "\"" + name + "\" takes finite numbers separated by commas, not \"" + value + "\"";
-    if (entry["type"] == QorValueFloat && entry.contains("min") && entry["max"].get<float>() > entry["min"].get<float>()) {
-        const float min = entry["min"], max = entry["max"];
-        if (numbers[0] < min || numbers[0] > max)
-            return "\"" + name + "\" takes a value from " + ValueText(min) + " to " + ValueText(max) + ", not " + value;
-    }
-    return "";
-}
-
-// The value as a parameter of this material takes it: a colour linked with a twin's of
-// more components keeps as many as this one has.
-std::string ForParameter(const json& entry, const std::string& value)
-{
-    const int type = entry["type"];
-    if (type == QorValueFloat || type == QorValueTexture)
-        return value;
-    std::vector<float> numbers;
-    if (!Numbers(value, numbers))
-        return value;
-    numbers.resize(std::min<std::size_t>(numbers.size(), static_cast<std::size_t>(QorColorComponentCount(type))));
-    return ValueText(json(numbers));
-}
 
 // The compiler names lines of an effect read from memory without its file, "(7) : error
 // ...": the panel says which file.
@@ -197,21 +123,24 @@ bool QorfxViewSession::IsUserValue(const std::string& name) const
 
 std::string QorfxViewSession::Set(const std::string& name, const std::string& value)
 {
-    bool found = false;
-    for (QorfxViewSlot& slot : m_slots) {
-        const json* entry = slot.material ? FindParameter(slot.description, name) : nullptr;
-        if (!entry)
-            continue;
-        std::string problem = CheckValue(*entry, name, value);
-        if (problem.empty())
-            problem = slot.material->Set(name, ForParameter(*entry, value));
+    // Every material that has the name takes the value, or none does.
+    std::vector<std::pair<QorfxMaterial*, const json*>> targets;
+    for (QorfxViewSlot& slot : m_slots)
+        if (const json* entry = slot.material ? QorfxFindParameter(slot.description, name) : nullptr) {
+            const std::string problem = QorfxCheckValue(*entry, name, value);
+            if (!problem.empty())
+                return problem;
+            targets.emplace_back(slot.material.get(), entry);
+        }
+    if (targets.empty())
+        return "no material of the window has a parameter \"" + name + "\"";
+    for (const auto& [material, entry] : targets) {
+        const std::string problem = material->Set(name, QorfxValueFor(*entry, value));
         if (!problem.empty())
             return problem;
-        found = true;
     }
-    if (!found)
-        return "no material of the window has a parameter \"" + name + "\"";
-    const auto known = std::find_if(m_values.begin(), m_values.end(), [&](const auto& entry) { return entry.first == name; });
+    const auto known =
+        std::find_if(m_values.begin(), m_values.end(), [&](const auto& entry) { return entry.first == name; });
     if (known != m_values.end())
         known->second = value;
     else
@@ -224,14 +153,15 @@ std::string QorfxViewSession::Reset(const std::string& name)
 {
     bool found = false;
     for (QorfxViewSlot& slot : m_slots)
-        if (const json* entry = slot.material ? FindParameter(slot.description, name) : nullptr) {
-            slot.material->Set(name, ValueText((*entry)["value"]));
+        if (const json* entry = slot.material ? QorfxFindParameter(slot.description, name) : nullptr) {
+            slot.material->Set(name, QorfxValueText((*entry)["value"]));
             found = true;
         }
     if (!found)
         return "no material of the window has a parameter \"" + name + "\"";
-    m_values.erase(std::remove_if(m_values.begin(), m_values.end(), [&](const auto& value) { return value.first == name; }),
-                   m_values.end());
+    m_values.erase(
+        std::remove_if(m_values.begin(), m_values.end(), [&](const auto& value) { return value.first == name; }),
+        m_values.end());
     m_dirty = true;
     return "";
 }
@@ -322,8 +252,8 @@ QorfxRenderOptions QorfxViewSession::OptionsFor(QorfxMaterial& material) const
         if (candidate.material.get() == &material)
             slot = &candidate;
     for (const auto& [name, value] : m_values)
-        if (const json* entry = slot ? FindParameter(slot->description, name) : nullptr)
-            options.sets.push_back(name + "=" + ForParameter(*entry, value));
+        if (const json* entry = slot ? QorfxFindParameter(slot->description, name) : nullptr)
+            options.sets.push_back(name + "=" + QorfxValueFor(*entry, value));
     // A technique chosen by the name of another material's leaves this one its own.
     if (!QorfxTechniqueProblem(material, options.technique).empty())
         options.technique.clear();

@@ -34,7 +34,8 @@ class Window
 public:
     bool Open(int width, int height, const std::string& title, std::string& problem)
     {
-        glfwSetErrorCallback([](int, const char* description) { std::fprintf(stderr, "qorfx: GLFW: %s\n", description); });
+        glfwSetErrorCallback(
+            [](int, const char* description) { std::fprintf(stderr, "qorfx: GLFW: %s\n", description); });
         if (!glfwInit()) {
             problem = "cannot open a window: no X display (run under xvfb-run -a, or on a desktop)";
             return false;
@@ -102,7 +103,8 @@ public:
     void Pictures(const QorfxViewSession& session) const
     {
         ImDrawList* draw = ImGui::GetBackgroundDrawList();
-        const float width = static_cast<float>(session.Options().width), height = static_cast<float>(session.Options().height);
+        const float width = static_cast<float>(session.Options().width),
+                    height = static_cast<float>(session.Options().height);
         const auto& slots = session.Slots();
         for (std::size_t i = 0; i < slots.size(); ++i) {
             const ImVec2 from(width * static_cast<float>(i), 0), to(from.x + width, height);
@@ -152,7 +154,8 @@ void Keys(QorfxViewSession& session, QorfxViewPanelState& state)
 
 } // namespace
 
-int QorfxViewWindow(const std::vector<std::string>& inputs, const QorfxRenderOptions& options, const std::string& scriptFile)
+int QorfxViewWindow(const std::vector<std::string>& inputs, const QorfxRenderOptions& options,
+                    const std::string& scriptFile)
 {
     QorfxViewScript script;
     std::string problem;
