@@ -99,11 +99,17 @@ int QorfxViewSession::Open(const std::vector<std::string>& inputs, std::string& 
 
 void QorfxViewSession::Load(QorfxViewSlot& slot)
 {
+    // A reload stamps the files before reading them: a save made while it reads is seen
+    // by the next frame, not lost.
+    const bool reloading = !slot.watch.Files().empty();
+    if (reloading)
+        slot.watch.Watch(slot.watch.Files().front());
     QorfxLoadProblem loading;
     // Named as a reader finds it again, so that a document saved from the window travels.
     slot.material = fs::path(slot.input).extension() == ".zpk" ? QorfxMaterial::LoadPackage(slot.input, loading)
                                                                : QorfxMaterial::LoadForDocument(slot.input, loading);
-    slot.watch.Watch(slot.material ? slot.material->File() : slot.input);
+    if (!reloading)
+        slot.watch.Watch(slot.material ? slot.material->File() : slot.input);
     m_dirty = true;
     if (!slot.material) {
         slot.word = loading.word;
