@@ -50,7 +50,9 @@ void QorfxAddSearchFolders(const std::string& effectPath)
     const fs::path folder = fs::absolute(fs::path(effectPath)).parent_path();
     std::string list = QorGetEnv("QorGraphicPath") ? QorGetEnv("QorGraphicPath") : "";
     for (const fs::path& entry : {folder, folder.parent_path()})
-        list += (list.empty() ? "" : ";") + entry.string();
+        // A material loaded again (a window's reload) adds nothing twice.
+        if ((";" + list + ";").find(";" + entry.string() + ";") == std::string::npos)
+            list += (list.empty() ? "" : ";") + entry.string();
     QorSetEnv("QorGraphicPath", list.c_str());
 }
 

@@ -74,21 +74,29 @@ int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, c
         if (!problem.empty())
             return Fail(problem);
     }
-    // The package stores each texture's image, read from the file the value names.
-    const std::string problem = QorfxResolveTextureFiles(*material);
-    if (!problem.empty())
-        return Fail(problem);
+    const std::string problem = QorfxWritePackage({material.get()}, output);
+    return problem.empty() ? 0 : Fail(problem);
+}
+
+std::string QorfxWritePackage(const std::vector<QorfxMaterial*>& materials, const std::string& output)
+{
     QorResourceZPKContainer container;
     QorStreamer stream;
     stream.SetResourceZPKContainer(&container);
-    material->Shader().Stream(stream);
+    for (QorfxMaterial* material : materials) {
+        // The package stores each texture's image, read from the file the value names.
+        const std::string problem = QorfxResolveTextureFiles(*material);
+        if (!problem.empty())
+            return problem;
+        material->Shader().Stream(stream);
+    }
     // GLSL shader objects write nothing to streams: such a package would hold no material.
     if (stream.GetBytes().empty())
-        return Fail(effect + ": materials of this effect's implementation are not written to streams");
+        return materials.front()->File() + ": materials of this effect's implementation are not written to streams";
     std::string bytes, reason;
     if (container.SaveToMemory(stream, bytes, &reason) != 0 || !QorfxOutput::WriteFile(output, bytes, reason))
-        return Fail(reason); // it names the package already
-    return 0;
+        return reason; // it names the package already
+    return "";
 }
 
 int QorfxWriteUnpacked(const std::string& folder, const std::string& sub, const QorResourceZPKContainer& package,

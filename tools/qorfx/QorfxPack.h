@@ -9,11 +9,18 @@
 
 #include <nlohmann/json.hpp>
 
-class QorResourceZPKContainer;
 #include <vector>
+
+class QorfxMaterial;
+class QorResourceZPKContainer;
 
 /// Packs `effect` with the `sets` (NAME=VALUE) applied; returns the exit code.
 int QorfxPack(const std::string& effect, const std::vector<std::string>& sets, const std::string& output);
+
+/// Writes the materials (at least one) into one ".zpk" document at `output`, through
+/// their shaders' Stream with the package holding their effects and texture images. An
+/// empty string, or the problem naming the file.
+std::string QorfxWritePackage(const std::vector<QorfxMaterial*>& materials, const std::string& output);
 
 /// Unpacks `package` into `folder`: the effect source, each texture as a PNG and
 /// "material.json" with the values (texture values name the PNGs). Returns the exit code.

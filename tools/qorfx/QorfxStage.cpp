@@ -1,9 +1,12 @@
 #include "QorfxStage.h"
 
 #include "QorfxMaterial.h"
+#include "QorfxTextures.h"
 
 #include "QorVisShaders/QorIShaderEffect.h"
 #include "QorVisShaders/QorShaderTypes.h"
+
+#include <GL/gl.h>
 
 #include <cstdlib>
 
@@ -27,7 +30,9 @@ std::vector<float> Numbers(const std::string& text)
     }
 }
 
-std::string ApplyOptions(QorfxMaterial& material, const QorfxRenderOptions& options)
+} // namespace
+
+std::string QorfxApplyOptions(QorfxMaterial& material, const QorfxRenderOptions& options)
 {
     for (const std::string& assignment : options.sets) {
         const size_t equals = assignment.find('=');
@@ -47,8 +52,6 @@ std::string ApplyOptions(QorfxMaterial& material, const QorfxRenderOptions& opti
     }
     return "";
 }
-
-} // namespace
 
 bool QorfxLightCode(const std::vector<std::string>& lights, unsigned int& code)
 {
@@ -90,7 +93,7 @@ std::string QorfxStage(QorfxMaterial& material, const QorfxRenderOptions& option
 {
     QorIShader& shader = material.Shader();
     QorfxBackend& backend = material.Backend();
-    std::string problem = ApplyOptions(material, options);
+    std::string problem = QorfxApplyOptions(material, options);
     if (!problem.empty())
         return problem;
     unsigned int code = 0;
@@ -107,4 +110,37 @@ std::string QorfxStage(QorfxMaterial& material, const QorfxRenderOptions& option
     // upload does.
     shader.GetIShaderEffect()->UploadCurrentParameters(false);
     return "";
+}
+
+std::string QorfxTechniqueProblem(QorfxMaterial& material, const std::string& technique)
+{
+    if (technique.empty())
+        return "";
+    const nlohmann::json techniques = material.Backend().Techniques(false);
+    for (const nlohmann::json& entry : techniques)
+        if (entry["name"] == technique || std::to_string(entry["index"].get<int>()) == technique)
+            return "";
+    return "--technique takes a technique number from 0 to " + std::to_string(int(techniques.size()) - 1) +
+           " or a technique name of " + material.Name() + ", not \"" + technique + "\"";
+}
+
+QorfxDrawFailure QorfxDrawMaterial(QorfxMaterial& material, const QorfxRenderOptions& options, const QorfxView& view,
+                                   const std::vector<QorfxVertex>& mesh, unsigned int& skyTexture)
+{
+    QorfxBackend& backend = material.Backend();
+    if (view.environment.empty() && !skyTexture)
+        skyTexture = QorfxMakeSkyCubeMap();
+    std::string problem = QorfxStage(material, options, view, skyTexture);
+    if (!problem.empty())
+        return {"options", problem};
+    problem = QorfxLoadTextures(material);
+    if (!problem.empty())
+        return {"texture", problem};
+    if (!backend.Validate())
+        return {"driver", "no technique of " + material.Name() + " runs on this GL driver"};
+    glClearColor(0.05f, 0.05f, 0.06f, 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    backend.Draw(view, mesh);
+    glFinish();
+    return {};
 }

@@ -8,6 +8,7 @@
 #include "QorfxSgi.h"
 #include "QorfxStage.h"
 #include "QorfxTranslate.h"
+#include "QorfxViewWindow.h"
 #include "QorGL/QorGLContext.h"
 #include "QorSystem/QorFiles.h"
 #include "QorVisShaders/QorShaderIncludeManager.h"
@@ -119,6 +120,17 @@ int Run(int argc, char** argv)
             ->allow_extra_args(false);
     };
 
+    // What render and view draw a material with: its size, mesh, values, technique and scene.
+    const auto addScene = [](CLI::App* command, QorfxRenderOptions& scene, std::string& size, std::string& lights) {
+        command->add_option("--size", size, "Picture size WxH of each material (1 to 4096 each)");
+        command->add_option("--mesh", scene.mesh, "quad, cube or sphere");
+        command->add_option("--set", scene.sets, "NAME=VALUE: a float, a colour r,g,b[,a] or a texture file");
+        command->add_option("--technique", scene.technique, "Technique number or name");
+        command->add_option("--lights", lights, "Comma-separated light kinds: point, spot, dir");
+        command->add_option("--env", scene.environment,
+                            "Environment colour r,g,b, or \"sky\" (the default) for a cube map");
+    };
+
     std::string inspectFile;
     bool json = false;
     CLI::App* inspect = app.add_subcommand("inspect", "Techniques, parameters, semantics and interfaces of an effect or a .zpk material");
@@ -132,15 +144,22 @@ int Run(int argc, char** argv)
     CLI::App* render = app.add_subcommand("render", "Draw materials on a lit mesh into an image");
     render->add_option("files", renderInputs, "Effect files")->required();
     render->add_option("-o,--output", renderOutput, "Image to write (its extension names the format)")->required();
-    render->add_option("--size", size, "Tile size WxH (1 to 4096 each)");
+    addScene(render, options, size, lights);
     render->add_option("--columns", options.columns, "Tiles a row of the contact sheet (default: a square-ish sheet)")
         ->check(CLI::Range(1, 4096));
-    render->add_option("--mesh", options.mesh, "quad, cube or sphere");
-    render->add_option("--set", options.sets, "NAME=VALUE: a float, a colour r,g,b[,a] or a texture file");
-    render->add_option("--technique", options.technique, "Technique number or name");
-    render->add_option("--lights", lights, "Comma-separated light kinds: point, spot, dir");
-    render->add_option("--env", options.environment, "Environment colour r,g,b, or \"sky\" (the default) for a cube map");
     addPath(render);
+
+    std::vector<std::string> viewInputs;
+    std::string viewScript, viewSize = "400x400", viewLights = "point,dir";
+    QorfxRenderOptions viewOptions;
+    CLI::App* view =
+        app.add_subcommand("view", "Show materials in a window with a widget per value, following saves of their files");
+    view->add_option("files", viewInputs, "Effect files or .zpk materials, side by side, values linked by name")
+        ->required();
+    view->add_option("--script", viewScript,
+                     "File of actions run one a frame: set, technique, reset, png, zpk, touch, sleep, quit");
+    addScene(view, viewOptions, viewSize, viewLights);
+    addPath(view);
 
     std::string packEffect, packOutput;
     std::vector<std::string> packSets;
@@ -227,6 +246,13 @@ int Run(int argc, char** argv)
         }
         translation.render.lights = LightKinds(translateLights);
         return ParseSize(translateSize, translation.render) ? QorfxTranslate(translateInputs, translation) : 2;
+    }
+
+    if (*view) {
+        if (!ParseSize(viewSize, viewOptions))
+            return 2;
+        viewOptions.lights = LightKinds(viewLights);
+        return QorfxViewWindow(viewInputs, viewOptions, viewScript);
     }
 
     if (!ParseSize(size, options))
