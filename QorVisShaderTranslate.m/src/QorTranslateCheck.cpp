@@ -36,12 +36,9 @@ struct EffectRelease
 class MessageCapture
 {
 public:
-    MessageCapture(std::vector<std::string>& messages, const std::string& name)
-        : m_previous(nvFX::setMessageSink([&messages, name](const char* message) {
+    explicit MessageCapture(std::vector<std::string>& messages)
+        : m_previous(nvFX::setMessageSink([&messages](const char* message) {
               std::string line = message ? message : "";
-              // The GLSL road names every container "Test"; the messages name the file.
-              if (line.compare(0, 5, "Test(") == 0)
-                  line = name + line.substr(4);
               while (!line.empty() && line.back() == '\n')
                   line.pop_back();
               if (line.find("error") != std::string::npos)
@@ -135,7 +132,7 @@ bool QorCheckTranslation(const std::string& name, const std::string& text, QorSh
     QorMaterialParameters* glslSet = nullptr;
     {
         std::vector<std::string> messages;
-        MessageCapture capture(messages, name);
+        MessageCapture capture(messages);
         glslSet = glsl->Load();
         if (!glslSet) {
             errors.push_back("the translation does not load through the GLSL effect runtime:");

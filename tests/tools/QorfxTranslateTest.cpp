@@ -81,6 +81,16 @@ TEST(QorfxTranslateTest, PartialAndFailedTranslationsExitOneAndWriteOnlyWholeFil
     EXPECT_FALSE(fs::exists(dir.File("full/plastic.glslfx")));
     for (const auto& entry : fs::directory_iterator(dir.File("full")))
         ADD_FAILURE() << "left behind: " << entry.path();
+
+    // A file already there (a hand-written twin) is kept unless --force replaces it.
+    const std::string twin = dir.Write("twins/plastic.glslfx", "// written by hand\n");
+    const std::string again = "translate " + QorfxSample("materials/plastic.cgfx") + " -o " + dir.File("twins");
+    const QorfxResult kept = RunQorfx(again);
+    EXPECT_EQ(kept.exitCode, 1);
+    EXPECT_TRUE(Has(kept.out, twin + ": exists; the translation is not written over it")) << kept.out;
+    EXPECT_EQ(QorReadFile(twin), "// written by hand\n");
+    EXPECT_EQ(RunQorfx(again + " --force").exitCode, 0);
+    EXPECT_TRUE(Has(QorReadFile(twin), "GLSLShader"));
 }
 
 TEST(QorfxTranslateTest, BadUsageExitsTwo)

@@ -174,20 +174,21 @@ TEST(QorfxViewGLTest, ARealWindowOrbitsUnderAMouseDragAndItsSliderFollowsTheMous
 {
     QorTempDir dir;
     const std::string script =
-        dir.Write("script.txt", "png " + dir.File("before.png") + "\nsleep 4\npng " + dir.File("after.png") + "\nzpk " +
+        dir.Write("script.txt", "png " + dir.File("before.png") + "\nsleep 12\npng " + dir.File("after.png") + "\nzpk " +
                                     dir.File("after.zpk") + "\nquit\n");
     // The window stands at the corner of the virtual screen (no window manager): the
     // 200x200 cube at the left, the panel from x = 200, where Glossiness, the third
     // value of one material, has its slider on the row at y = 172. ImGui reads the mouse
-    // once a frame, so each step waits a little.
+    // once a frame, so each step waits long enough for a frame of a sanitized build on a
+    // busy machine, and the script gives the drags time to end.
     const QorfxResult viewed = ViewWhileEditing(
         QorfxSample("materials/plastic.cgfx") + " --mesh cube --size 200x200 --script " + script,
         dir.File("before.png"), [] {
-            EXPECT_EQ(std::system("xdotool mousemove 100 100 sleep 0.2 mousedown 1 sleep 0.2 mousemove 130 100 "
-                                  "sleep 0.2 mousemove 160 110 sleep 0.2 mouseup 1"),
+            EXPECT_EQ(std::system("xdotool mousemove 100 100 sleep 0.5 mousedown 1 sleep 0.5 mousemove 130 100 "
+                                  "sleep 0.5 mousemove 160 110 sleep 0.5 mouseup 1"),
                       0);
-            EXPECT_EQ(std::system("xdotool mousemove 340 172 sleep 0.2 mousedown 1 sleep 0.2 mousemove 300 172 "
-                                  "sleep 0.2 mousemove 205 172 sleep 0.2 mouseup 1"),
+            EXPECT_EQ(std::system("xdotool mousemove 340 172 sleep 0.5 mousedown 1 sleep 0.5 mousemove 300 172 "
+                                  "sleep 0.5 mousemove 205 172 sleep 0.5 mouseup 1"),
                       0);
         });
     ASSERT_EQ(viewed.exitCode, 0) << viewed.err;

@@ -94,6 +94,12 @@ json TranslateOne(const std::string& path, const QorCgFXTranslator& translator, 
         report["whole"] = false;
         return report;
     }
+    // A hand-written twin beside its original must not vanish under a translation.
+    if (!options.force && fs::symlink_status(fs::path(output), same).type() != fs::file_type::not_found) {
+        report["errors"].push_back(output + ": exists; the translation is not written over it (--force replaces it)");
+        report["whole"] = false;
+        return report;
+    }
     if (!QorfxOutput::WriteFile(output, translation.text, why)) {
         report["errors"].push_back(why);
         report["whole"] = false;

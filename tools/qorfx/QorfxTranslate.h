@@ -17,6 +17,7 @@ struct QorfxTranslateOptions
 {
     std::string folder = "."; ///< -o: where each NAME.glslfx goes
     bool json = false;        ///< the report as JSON
+    bool force = false;       ///< --force: a translation may replace a file already there
     std::string preview;      ///< --preview: the contact sheet to write; empty for none
     QorfxRenderOptions render; ///< the lights and environment translated for, and the preview's tiles
 };

@@ -196,6 +196,7 @@ int Run(int argc, char** argv)
     translate->add_option("effects", translateInputs, "The CgFX effects (never changed)")->required();
     translate->add_option("-o,--output", translation.folder, "Folder to write each NAME.glslfx into (default: .)");
     translate->add_flag("--json", translation.json, "Print the report as JSON");
+    translate->add_flag("--force", translation.force, "Replace a NAME.glslfx already in the folder");
     translate->add_option("--preview", translation.preview, "Contact sheet of each original beside its translation");
     translate->add_option("--size", translateSize, "Tile size WxH of the preview (1 to 4096 each)");
     translate->add_option("--lights", translateLights, "The light kinds the programs are made for: point, spot, dir");
