@@ -2,6 +2,8 @@
 // reporting compile errors to the error file, and choosing and validating techniques.
 #include "QorVisShaderCGFX/QorShaderEffect.h"
 
+#include "QorVisShaderCGFX/QorCgTechniqueValidation.h"
+
 #include "QorCgTokenLimit.h"
 #include "QorGLSLSamplerUnits.h"
 #include "QorShaderIncludeSession.h"
@@ -188,7 +190,7 @@ int QorShaderEffect::validateFromCurrentTechnique(bool fetchErrorText)
         return 0;
     // Walks on from the current technique to the first that validates in the current
     // GL context; the stored technique index is not updated by this walk.
-    while (!cgValidateTechnique(m_technique)) {
+    while (!QorCgValidateTechnique(m_technique)) {
         if (fetchErrorText)
             cgGetErrorString(cgGetError());
         m_technique = cgGetNextTechnique(m_technique);

@@ -3,6 +3,7 @@
 #include "QorfxSceneFeed.h"
 
 #include "QorVisShaders/QorIShader.h"
+#include "QorVisShaderCGFX/QorCgTechniqueValidation.h"
 #include "QorVisShaderCGFX/QorShaderEffect.h"
 #include "QorVisShaders/QorShaderValueType.h"
 
@@ -68,7 +69,7 @@ json QorfxCgFXBackend::Techniques(bool validate)
     for (CGtechnique technique = cgGetFirstTechnique(m_effect.GetCgEffect()); technique;
          technique = cgGetNextTechnique(technique), ++index) {
         json entry = {{"index", index}, {"name", cgGetTechniqueName(technique)}};
-        entry["valid"] = validate ? json(cgValidateTechnique(technique) == CG_TRUE) : json(nullptr);
+        entry["valid"] = validate ? json(QorCgValidateTechnique(technique)) : json(nullptr);
         techniques.push_back(entry);
     }
     return techniques;
