@@ -2,9 +2,10 @@
 
 #include "nvFX/nvFX.h"
 
+#include "QorSystem/QorFiles.h"
+
 #include <openssl/sha.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <mutex>
@@ -25,7 +26,7 @@ constexpr unsigned char kFormat = 1;
 constexpr std::size_t kHeader = kMagic.size() + 2 + sizeof(detail::CacheKey) + 8;
 constexpr std::size_t kDigest = SHA256_DIGEST_LENGTH;
 // No entry this runtime writes comes near it: a larger file is not read into memory.
-constexpr off_t kLargestEntry = 256 << 20;
+constexpr std::size_t kLargestEntry = 256 << 20;
 
 void AppendU64(std::string& out, std::uint64_t value)
 {
@@ -75,50 +76,21 @@ detail::CacheKey Digest(std::string_view bytes)
     return digest;
 }
 
-// The whole of a regular file this user owns, opened without following a link; false
-// when there is none. `why` says why a file that exists was not read.
+// The whole of a regular file this user owns, never a link; false when there is none.
+// `why` says why a file that exists was not read.
 bool ReadOwnFile(const std::string& path, std::string& bytes, std::string& why)
 {
-    const int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) {
+    struct stat info {};
+    if (lstat(path.c_str(), &info) != 0) {
         if (errno != ENOENT)
             why = std::strerror(errno);
         return false;
     }
-    struct stat info {};
-    bool ok = fstat(fd, &info) == 0;
-    if (!ok || !S_ISREG(info.st_mode) || info.st_uid != geteuid() || info.st_size > kLargestEntry) {
-        why = "not a file of this user's, or too large";
-        close(fd);
+    if (!S_ISREG(info.st_mode) || info.st_uid != geteuid()) {
+        why = "not a file of this user's";
         return false;
     }
-    bytes.resize(static_cast<std::size_t>(info.st_size));
-    std::size_t done = 0;
-    while (ok && done < bytes.size()) {
-        const ssize_t got = read(fd, bytes.data() + done, bytes.size() - done);
-        ok = got > 0 || (got < 0 && errno == EINTR);
-        done += got > 0 ? static_cast<std::size_t>(got) : 0;
-    }
-    close(fd);
-    if (!ok)
-        why = "cannot read it";
-    return ok;
-}
-
-bool WriteAll(int fd, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t wrote = write(fd, bytes.data(), bytes.size());
-        if (wrote < 0 && errno == EINTR)
-            continue;
-        if (wrote <= 0) {
-            if (wrote == 0)
-                errno = EIO;
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(wrote));
-    }
-    return true;
+    return QorReadRegularFile(path.c_str(), bytes, kLargestEntry, &why);
 }
 
 } // namespace
@@ -226,27 +198,22 @@ void writeCacheEntry(CacheKind kind, const CacheKey& key, std::string_view paylo
     const std::string folder = CurrentFolder();
     if (folder.empty())
         return;
-    static std::atomic<unsigned> s_serial{0};
     const std::string name = HexName(key);
-    const std::string final = folder + "/" + name;
-    const std::string partial =
-        final + ".part-" + std::to_string(getpid()) + "-" + std::to_string(s_serial.fetch_add(1));
-    int error = 0;
-    const int fd = open(partial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (fd < 0) {
-        error = errno;
-    } else {
-        if (!WriteAll(fd, encodeCacheEntry(kind, key, payload)))
-            error = errno;
-        if (close(fd) != 0 && !error)
-            error = errno;
+    // Written inside the very folder checked when it was chosen, whole or not at all.
+    const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    std::string why = fd < 0 ? std::strerror(errno) : std::string();
+    if (fd >= 0) {
+        {
+            // Gone before the folder is closed: a partial file is removed through it.
+            const std::string bytes = encodeCacheEntry(kind, key, payload);
+            QorPartialFile entry(fd, name.c_str());
+            if (entry.Write(bytes.data(), bytes.size(), &why))
+                entry.Commit(&why);
+        }
+        close(fd);
     }
-    if (!error && rename(partial.c_str(), final.c_str()) != 0)
-        error = errno;
-    if (error) {
-        unlink(partial.c_str());
-        nvFX::printf("nvFX: cache entry %s not written (%s)\n", name.c_str(), std::strerror(error));
-    }
+    if (!why.empty())
+        nvFX::printf("nvFX: cache entry %s not written (%s)\n", name.c_str(), why.c_str());
 }
 
 void appendU32(std::string& out, std::uint32_t value)
