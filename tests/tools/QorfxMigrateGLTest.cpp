@@ -12,14 +12,9 @@ TEST(QorfxMigrateGLTest, TheGalleryComesBackInItsGlslTwinsWithEveryValue)
 {
     QorTempDir dir;
     const auto& materials = GalleryWithValues();
-    std::string documents;
-    for (const auto& [material, values] : materials) {
-        const std::string package = dir.File(material + ".zpk");
-        const QorfxResult packed =
-            RunQorfx("pack " + material + ".cgfx " + values + " -o " + package, "cd '" + QorfxSample("materials") + "' && ");
-        ASSERT_EQ(packed.exitCode, 0) << packed.err;
-        documents += " " + package;
-    }
+    std::string failure;
+    const std::string documents = PackGalleryDocuments(dir, failure);
+    ASSERT_FALSE(documents.empty()) << failure;
     const unsigned tile = 96, cell = tile + 22;
     const QorfxResult run = RunQorfx("migrate --json --size 96x96 --preview " + dir.File("preview.png") + documents,
                                      "QorGraphicPath='" + QorfxSample("materials") + ";" + QorfxSample("") + "' ");

@@ -3,6 +3,8 @@
 /// with values of their own, for comparing CgFX originals with their GLSL twins.
 #pragma once
 
+#include "QorfxRun.h"
+
 #include "QorVisFoundation/QorTexturePixelImage.h"
 
 #include <array>
@@ -59,4 +61,23 @@ inline const std::pair<std::string, std::string> (&GalleryWithValues())[5]
         {"toon", "--set Bands=5 --set BaseColor=0.9,0.4,0.1"},
     };
     return materials;
+}
+
+/// Packs each gallery material with its values into `folder`/NAME.zpk, as a document made
+/// in the samples' folder (its effect named without folders, as on another machine). The
+/// packages, each after a space; "" with `failure` saying why when one was not packed.
+inline std::string PackGalleryDocuments(const QorTempDir& folder, std::string& failure)
+{
+    std::string documents;
+    for (const auto& [material, values] : GalleryWithValues()) {
+        const std::string package = folder.File(material + ".zpk");
+        const QorfxResult packed = RunQorfx("pack " + material + ".cgfx " + values + " -o " + package,
+                                            "cd '" + QorfxSample("materials") + "' && ");
+        if (packed.exitCode != 0) {
+            failure = material + ": " + packed.err;
+            return {};
+        }
+        documents += " " + package;
+    }
+    return documents;
 }

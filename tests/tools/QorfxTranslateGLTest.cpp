@@ -92,15 +92,9 @@ TEST(QorfxTranslateGLTest, TheCorpusDrawsAsItsOriginals)
 TEST(QorfxTranslateGLTest, DocumentsMigratedOntoTranslationsDrawAsBefore)
 {
     QorTempDir dir;
-    std::string documents;
-    for (const auto& [material, values] : GalleryWithValues()) {
-        const std::string package = dir.File(material + ".zpk");
-        ASSERT_EQ(RunQorfx("pack " + material + ".cgfx " + values + " -o " + package,
-                           "cd '" + QorfxSample("materials") + "' && ")
-                      .exitCode,
-                  0);
-        documents += " " + package;
-    }
+    std::string failure;
+    const std::string documents = PackGalleryDocuments(dir, failure);
+    ASSERT_FALSE(documents.empty()) << failure;
     const QorfxResult run = RunQorfx("migrate --translate --size 96x96 --preview " + dir.File("preview.png") +
                                      documents + " --path " + QorfxSample(""));
     ASSERT_EQ(run.exitCode, 0) << run.out << run.err;

@@ -110,15 +110,10 @@ TEST(QorfxTranslateTest, MigrateTranslatesMissingTwinsAndCarriesEveryValue)
 {
     QorTempDir dir;
     const auto& materials = GalleryWithValues();
-    std::string documents;
-    for (const auto& [material, values] : materials) {
-        // Stored as a document made on another machine: its effect named without folders.
-        const std::string package = dir.File(material + ".zpk");
-        const QorfxResult packed = RunQorfx("pack " + material + ".cgfx " + values + " -o " + package,
-                                            "cd '" + QorfxSample("materials") + "' && ");
-        ASSERT_EQ(packed.exitCode, 0) << packed.err;
-        documents += " " + package;
-    }
+    // Stored as documents made on another machine: their effects named without folders.
+    std::string failure;
+    const std::string documents = PackGalleryDocuments(dir, failure);
+    ASSERT_FALSE(documents.empty()) << failure;
     // --path brings the lighting include, not the hand-written twins.
     const std::string path = " --path " + QorfxSample("");
     const QorfxResult without = RunQorfx("migrate" + documents + path);
