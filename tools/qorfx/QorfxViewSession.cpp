@@ -16,7 +16,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <regex>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -29,8 +28,17 @@ namespace {
 // ...": the panel says which file.
 std::string Located(const std::string& listing, const std::string& file)
 {
-    static const std::regex line(R"(^\(\d+\) :)", std::regex::multiline);
-    return std::regex_replace(listing, line, file + "$&");
+    std::string located;
+    for (std::size_t start = 0; start < listing.size();) {
+        const std::size_t next = std::min(listing.find('\n', start), listing.size() - 1) + 1;
+        const std::size_t close = listing.find(") :", start);
+        if (listing[start] == '(' && close < next && close > start + 1 &&
+            listing.find_first_not_of("0123456789", start + 1) == close)
+            located += file;
+        located.append(listing, start, next - start);
+        start = next;
+    }
+    return located;
 }
 
 } // namespace

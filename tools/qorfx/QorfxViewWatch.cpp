@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <regex>
+#include <sstream>
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
@@ -15,6 +15,22 @@ namespace {
 
 // Includes nest; a file that includes itself must not loop.
 constexpr int kMaxIncludeDepth = 16;
+
+// The file an "#include" line names, or "" for any other line.
+std::string IncludedName(const std::string& line)
+{
+    std::size_t at = line.find_first_not_of(" \t");
+    if (at == std::string::npos || line[at] != '#')
+        return {};
+    at = line.find_first_not_of(" \t", at + 1);
+    if (at == std::string::npos || line.compare(at, 7, "include") != 0)
+        return {};
+    at = line.find_first_not_of(" \t", at + 7);
+    if (at == std::string::npos || (line[at] != '"' && line[at] != '<'))
+        return {};
+    const std::size_t end = line.find(line[at] == '"' ? '"' : '>', at + 1);
+    return end == std::string::npos ? std::string() : line.substr(at + 1, end - at - 1);
+}
 
 } // namespace
 
@@ -45,10 +61,12 @@ void QorfxViewWatch::AddIncludes(const std::string& file, const std::string& eff
     std::string text;
     if (depth >= kMaxIncludeDepth || !QorReadRegularFile(file.c_str(), text, kQorfxMaxSourceBytes))
         return;
-    static const std::regex include(R"(#[ \t]*include[ \t]*["<]([^">\r\n]+)[">])");
     const fs::path effect(effectFolder);
-    for (std::sregex_iterator match(text.begin(), text.end(), include), end; match != end; ++match) {
-        const std::string name = (*match)[1].str();
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const std::string name = IncludedName(line);
+        if (name.empty())
+            continue;
         for (const fs::path& folder :
              {fs::path(file).parent_path(), effect / "shaders", effect.parent_path() / "shaders"}) {
             const std::string candidate = (folder / name).lexically_normal().string();
