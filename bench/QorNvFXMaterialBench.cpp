@@ -389,5 +389,11 @@ int main(int argc, char** argv)
             ->Iterations(smoke ? 1 : 3)
             ->Unit(benchmark::kMillisecond);
         benchmark::RegisterBenchmark("NvFXPerFrame", PerFrame, 200)->UseManualTime()->Unit(benchmark::kMicrosecond);
+        // How the ratio moves with the number of materials: one material's objects stay
+        // in the caches; 200 materials' objects do not, where the raw road's few do.
+        for (int count : {1, 10})
+            benchmark::RegisterBenchmark(("NvFXPerFrame/materials:" + std::to_string(count)).c_str(), PerFrame, count)
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
     });
 }

@@ -4,6 +4,7 @@
 
 #include "QorSystem/QorFiles.h"
 
+#include <openssl/evp.h>
 #include <openssl/sha.h>
 
 #include <cerrno>
@@ -69,10 +70,20 @@ std::string HexName(const detail::CacheKey& key)
     return name;
 }
 
+// The algorithm is looked up once: looking it up for every digest (what SHA256() does)
+// cost a warm load more than hashing its texts.
+const EVP_MD* Sha256()
+{
+    static const EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA256", nullptr);
+    return algorithm;
+}
+
 detail::CacheKey Digest(std::string_view bytes)
 {
     detail::CacheKey digest{};
-    SHA256(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), digest.data());
+    const EVP_MD* algorithm = Sha256();
+    if (!algorithm || !EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, algorithm, nullptr))
+        SHA256(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), digest.data());
     return digest;
 }
 

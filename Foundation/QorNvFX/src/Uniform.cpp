@@ -171,7 +171,8 @@ bool Uniform::refuse(const char* operation, const char* why) const
 
 void Uniform::tellWatchers() const
 {
-    for (const Watcher& watcher : m_watchers)
+    m_watcher.pass->uniformChanged(m_watcher.binding);
+    for (const Watcher& watcher : m_moreWatchers)
         watcher.pass->uniformChanged(watcher.binding);
 }
 

@@ -50,7 +50,13 @@ public:
     /// `pass` holds this uniform as its binding `binding` and hears of each change, so that
     /// its setup pushes only what changed. Passes and uniforms belong to one container,
     /// which destroys its passes first.
-    void watch(Pass* pass, int binding) { m_watchers.push_back({pass, binding}); }
+    void watch(Pass* pass, int binding)
+    {
+        if (m_watcher.pass)
+            m_moreWatchers.push_back({pass, binding});
+        else
+            m_watcher = {pass, binding};
+    }
     void markUsed() { m_used = true; }
     /// The value by component: floats for float types, ints for the others.
     const float* floats() const { return m_floats; }
@@ -69,7 +75,7 @@ private:
     [[gnu::cold]] bool refuse(const char* operation, const char* why) const;
     void changed()
     {
-        if (!m_watchers.empty())
+        if (m_watcher.pass)
             tellWatchers();
         if (m_buffer)
             bufferChanged();
@@ -79,15 +85,18 @@ private:
 
     struct Watcher
     {
-        Pass* pass; // borrowed: see watch
-        int binding;
+        Pass* pass = nullptr; // borrowed: see watch
+        int binding = 0;
     };
 
     // What a setter and a push touch comes first, together.
     int m_vectorComponents; ///< components of a float or vecN uniform; 0 for other types
     const ValueType& m_type;
     int m_arraySize;
-    std::vector<Watcher> m_watchers;
+    // Most uniforms serve one pass: its watcher sits in the object, where a setter
+    // finds it without reaching into the heap.
+    Watcher m_watcher;
+    std::vector<Watcher> m_moreWatchers;
     Pusher m_pusher;
     ConstantBuffer* m_buffer; // borrowed: the buffer owns its members
     float* m_floats;          ///< m_inlineFloats or m_heapFloats.data()
