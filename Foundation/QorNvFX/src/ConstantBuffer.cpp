@@ -6,6 +6,7 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace nvFX::detail {
@@ -13,6 +14,13 @@ namespace nvFX::detail {
 ConstantBuffer::ConstantBuffer(std::string name, unsigned int bindingPoint, bool global)
     : m_name(std::move(name)), m_bindingPoint(bindingPoint), m_global(global)
 {
+}
+
+void ConstantBuffer::addMember(std::unique_ptr<Uniform> member)
+{
+    member->placeInBuffer(static_cast<int>(m_members.size()));
+    m_members.push_back(std::move(member));
+    m_stale.push_back(0);
 }
 
 Uniform* ConstantBuffer::findMember(std::string_view name) const
@@ -55,33 +63,33 @@ void ConstantBuffer::learnLayout(unsigned int program)
 
 // Each component lands at offset + element * arrayStride + column * matrixStride + row *
 // its size (8 for doubles, 4 for the rest; bools are 4-byte integers in a block).
-void ConstantBuffer::pack()
+void ConstantBuffer::pack(std::size_t member, std::size_t& first, std::size_t& end)
 {
-    for (std::size_t i = 0; i < m_members.size(); ++i) {
-        const Uniform& member = *m_members[i];
-        const MemberLayout& layout = m_layout[i];
-        if (layout.offset < 0)
-            continue;
-        const int columns = member.type().columns ? member.type().columns : 1;
-        const int rows = member.type().components / columns;
-        const bool isFloat = isFloating(member.type().base);
-        const bool isDouble = member.type().base == ValueBase::Double;
-        const std::size_t componentBytes = isDouble ? 8 : 4;
-        for (int element = 0, component = 0; element < member.elements(); ++element) {
-            for (int column = 0; column < columns; ++column) {
-                for (int row = 0; row < rows; ++row, ++component) {
-                    const std::size_t at = static_cast<std::size_t>(layout.offset) +
-                                           static_cast<std::size_t>(element) * layout.arrayStride +
-                                           static_cast<std::size_t>(column) * layout.matrixStride +
-                                           static_cast<std::size_t>(row) * componentBytes;
-                    if (at + componentBytes > m_bytes.size())
-                        continue;
-                    const double asDouble = isDouble ? member.floats()[component] : 0.0;
-                    const void* value = isDouble  ? static_cast<const void*>(&asDouble)
-                                        : isFloat ? static_cast<const void*>(&member.floats()[component])
-                                                  : static_cast<const void*>(&member.ints()[component]);
-                    std::memcpy(&m_bytes[at], value, componentBytes);
-                }
+    const Uniform& uniform = *m_members[member];
+    const MemberLayout& layout = m_layout[member];
+    if (layout.offset < 0)
+        return;
+    const int columns = uniform.type().columns ? uniform.type().columns : 1;
+    const int rows = uniform.type().components / columns;
+    const bool isFloat = isFloating(uniform.type().base);
+    const bool isDouble = uniform.type().base == ValueBase::Double;
+    const std::size_t componentBytes = isDouble ? 8 : 4;
+    for (int element = 0, component = 0; element < uniform.elements(); ++element) {
+        for (int column = 0; column < columns; ++column) {
+            for (int row = 0; row < rows; ++row, ++component) {
+                const std::size_t at = static_cast<std::size_t>(layout.offset) +
+                                       static_cast<std::size_t>(element) * layout.arrayStride +
+                                       static_cast<std::size_t>(column) * layout.matrixStride +
+                                       static_cast<std::size_t>(row) * componentBytes;
+                if (at + componentBytes > m_bytes.size())
+                    continue;
+                const double asDouble = isDouble ? uniform.floats()[component] : 0.0;
+                const void* value = isDouble  ? static_cast<const void*>(&asDouble)
+                                    : isFloat ? static_cast<const void*>(&uniform.floats()[component])
+                                              : static_cast<const void*>(&uniform.ints()[component]);
+                std::memcpy(&m_bytes[at], value, componentBytes);
+                first = std::min(first, at);
+                end = std::max(end, at + componentBytes);
             }
         }
     }
@@ -96,17 +104,28 @@ void ConstantBuffer::bind()
         glGenBuffers(1, &name);
         m_buffer = GLObject(name, deleteGLBuffer);
     }
-    if (m_uploadedVersion != m_version) {
-        pack();
+    std::size_t first = m_bytes.size();
+    std::size_t end = 0;
+    if (!m_stored) {
+        for (std::size_t member = 0; member < m_members.size(); ++member)
+            pack(member, first, end);
         glBindBuffer(GL_UNIFORM_BUFFER, m_buffer.get());
-        // The storage is made once; later uploads rewrite it in place, which costs a
-        // copy instead of a new allocation every frame a member changes.
-        if (m_uploadedVersion == 0)
-            glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data(), GL_DYNAMIC_DRAW);
-        else
-            glBufferSubData(GL_UNIFORM_BUFFER, 0, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data());
-        m_uploadedVersion = m_version;
+        glBufferData(GL_UNIFORM_BUFFER, static_cast<GLsizeiptr>(m_bytes.size()), m_bytes.data(), GL_DYNAMIC_DRAW);
+        m_stored = true;
+    } else if (!m_staleMembers.empty()) {
+        // Only the span the changed members cover is copied: a few members of a large
+        // block cost a few members' bytes.
+        for (const int member : m_staleMembers)
+            pack(static_cast<std::size_t>(member), first, end);
+        if (end > first) {
+            glBindBuffer(GL_UNIFORM_BUFFER, m_buffer.get());
+            glBufferSubData(GL_UNIFORM_BUFFER, static_cast<GLintptr>(first), static_cast<GLsizeiptr>(end - first),
+                            m_bytes.data() + first);
+        }
     }
+    for (const int member : m_staleMembers)
+        m_stale[static_cast<std::size_t>(member)] = 0;
+    m_staleMembers.clear();
     glBindBufferBase(GL_UNIFORM_BUFFER, m_bindingPoint, m_buffer.get());
 }
 

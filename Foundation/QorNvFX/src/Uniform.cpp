@@ -178,7 +178,7 @@ void Uniform::tellWatchers() const
 
 void Uniform::bufferChanged()
 {
-    m_buffer->changed();
+    m_buffer->changed(m_bufferSlot);
 }
 
 bool Uniform::setFloats(const char* operation, const float* values, int count)

@@ -58,6 +58,8 @@ public:
             m_watcher = {pass, binding};
     }
     void markUsed() { m_used = true; }
+    /// This member of a constant buffer is its member number `slot`.
+    void placeInBuffer(int slot) { m_bufferSlot = slot; }
     /// The value by component: floats for float types, ints for the others.
     const float* floats() const { return m_floats; }
     const std::vector<int>& ints() const { return m_ints; }
@@ -99,6 +101,7 @@ private:
     std::vector<Watcher> m_moreWatchers;
     Pusher m_pusher;
     ConstantBuffer* m_buffer; // borrowed: the buffer owns its members
+    int m_bufferSlot = 0;     ///< this member's place in m_buffer
     float* m_floats;          ///< m_inlineFloats or m_heapFloats.data()
     std::size_t m_floatCount = 0;
     // A float value sits inside the object when it fits (every non-array uniform), so
