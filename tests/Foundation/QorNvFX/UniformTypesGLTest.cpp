@@ -94,5 +94,16 @@ TEST(UniformTypesGLTest, UnsignedDoubleAndNonSquareValuesReachTheProgramAndTheBl
     EXPECT_EQ(BlockMember<double>(program, "Weight"), 0.375) << "eight bytes in the block";
     EXPECT_EQ(BlockMember<GLuint>(program, "Mask"), 3000000000u);
     EXPECT_TRUE(pass.restore());
+
+    // Later setups upload only the members that changed since, at their own offsets.
+    const int mask = 7;
+    ASSERT_TRUE(effect.findBufferUniform("Mask")->setValueiv(&mask, 1));
+    const float shear[] = {6, 5, 4, 3, 2, 1};
+    ASSERT_TRUE(effect.findBufferUniform("Shear")->setValuefv(shear, 6));
+    ASSERT_TRUE(pass.setup());
+    EXPECT_EQ(BlockMember<GLuint>(program, "Mask"), 7u);
+    EXPECT_EQ(BlockMember<double>(program, "Weight"), 0.375) << "a member that did not change keeps its value";
+    EXPECT_EQ(BlockMember<GLfloat>(program, "Shear"), 6.0f);
+    EXPECT_TRUE(pass.restore());
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
