@@ -74,6 +74,17 @@ void ConstantBuffer::pack(std::size_t member, std::size_t& first, std::size_t& e
     const bool isFloat = isFloating(uniform.type().base);
     const bool isDouble = uniform.type().base == ValueBase::Double;
     const std::size_t componentBytes = isDouble ? 8 : 4;
+    if (isFloat && !isDouble && columns == 1 && uniform.elements() == 1) {
+        // A float or a float vector is one run of bytes: what a frame changes most.
+        const std::size_t at = static_cast<std::size_t>(layout.offset);
+        const std::size_t bytes = static_cast<std::size_t>(rows) * componentBytes;
+        if (at + bytes <= m_bytes.size()) {
+            std::memcpy(&m_bytes[at], uniform.floats(), bytes);
+            first = std::min(first, at);
+            end = std::max(end, at + bytes);
+        }
+        return;
+    }
     for (int element = 0, component = 0; element < uniform.elements(); ++element) {
         for (int column = 0; column < columns; ++column) {
             for (int row = 0; row < rows; ++row, ++component) {
