@@ -9,48 +9,18 @@
 #include <GL/glx.h>
 
 #include <cstdint>
-#include <ostream>
 #include <utility>
 #include <vector>
 
 namespace {
 
-struct ServiceCall
-{
-    QorGLService service;
-    std::uintptr_t handle;
+using ServiceCall = std::pair<QorGLService, std::uintptr_t>;
 
-    bool operator==(const ServiceCall& other) const
-    {
-        return service == other.service && handle == other.handle;
-    }
-};
-
-void PrintTo(const ServiceCall& call, std::ostream* out)
+// An observer that appends every call to `calls`.
+QorGLServiceObserver Recorder(std::vector<ServiceCall>& calls)
 {
-    *out << (call.service == QorGLService::DeleteDLTexture ? "DeleteDLTexture(" : "another service(")
-         << call.handle << ")";
+    return [&calls](QorGLService service, std::uintptr_t handle) { calls.emplace_back(service, handle); };
 }
-
-/// Records every service call while alive, then puts the previous observer back.
-class RecordingObserver
-{
-public:
-    RecordingObserver()
-    {
-        m_previous = QorSetGLServiceObserver(
-            [this](QorGLService service, std::uintptr_t handle) { m_calls.push_back({service, handle}); });
-    }
-    ~RecordingObserver() { QorSetGLServiceObserver(std::move(m_previous)); }
-    RecordingObserver(const RecordingObserver&) = delete;
-    RecordingObserver& operator=(const RecordingObserver&) = delete;
-
-    const std::vector<ServiceCall>& Calls() const { return m_calls; }
-
-private:
-    std::vector<ServiceCall> m_calls;
-    QorGLServiceObserver m_previous;
-};
 
 GLuint MakeTexture()
 {
@@ -64,7 +34,7 @@ GLuint MakeTexture()
 
 } // namespace
 
-TEST(QorGLServicesGLTest, DeleteDLTextureDeletesOnlyInTheCurrentContext)
+TEST(QorGLServicesGLTest, DeleteDLTextureDeletesOnlyInTheCurrentContextAndTellsTheObserver)
 {
     QorGLContext gl;
     ASSERT_TRUE(gl.Open(8, 8)) << gl.GetError();
@@ -73,7 +43,8 @@ TEST(QorGLServicesGLTest, DeleteDLTextureDeletesOnlyInTheCurrentContext)
     ASSERT_TRUE(glIsTexture(doomed));
     ASSERT_TRUE(glIsTexture(kept));
 
-    RecordingObserver observer;
+    std::vector<ServiceCall> calls;
+    QorGLServiceObserver previous = QorSetGLServiceObserver(Recorder(calls));
     DeleteDLTexture(doomed);
     EXPECT_FALSE(glIsTexture(doomed));
     EXPECT_TRUE(glIsTexture(kept));
@@ -91,25 +62,17 @@ TEST(QorGLServicesGLTest, DeleteDLTextureDeletesOnlyInTheCurrentContext)
     EXPECT_TRUE(glIsTexture(kept));
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 
-    EXPECT_EQ(observer.Calls(), (std::vector<ServiceCall>{
-                                    {QorGLService::DeleteDLTexture, doomed},
-                                    {QorGLService::DeleteDLTexture, 0},
-                                    {QorGLService::DeleteDLTexture, kept},
-                                }));
+    const QorGLService del = QorGLService::DeleteDLTexture;
+    EXPECT_EQ(calls, (std::vector<ServiceCall>{{del, doomed}, {del, 0}, {del, kept}}));
     glDeleteTextures(1, &kept);
-}
 
-TEST(QorGLServicesGLTest, ObserversAreReplacedWhole)
-{
-    RecordingObserver observer;
-    // Installing an observer hands back the one it replaces.
-    std::vector<ServiceCall> replacedCalls;
-    QorGLServiceObserver replaced = QorSetGLServiceObserver(
-        [&replacedCalls](QorGLService service, std::uintptr_t handle) { replacedCalls.push_back({service, handle}); });
+    // Installing an observer hands back the one it replaces, whole.
+    std::vector<ServiceCall> laterCalls;
+    QorGLServiceObserver replaced = QorSetGLServiceObserver(Recorder(laterCalls));
     ASSERT_TRUE(replaced);
-    replaced(QorGLService::DeleteDLTexture, 7);
-    EXPECT_EQ(observer.Calls().back(), (ServiceCall{QorGLService::DeleteDLTexture, 7}));
+    replaced(del, 7);
+    EXPECT_EQ(calls.back(), ServiceCall(del, 7));
     DeleteDLTexture(0);
-    EXPECT_EQ(replacedCalls, (std::vector<ServiceCall>{{QorGLService::DeleteDLTexture, 0}}));
-    QorSetGLServiceObserver(std::move(replaced));
+    EXPECT_EQ(laterCalls, (std::vector<ServiceCall>{{del, 0}}));
+    QorSetGLServiceObserver(std::move(previous));
 }

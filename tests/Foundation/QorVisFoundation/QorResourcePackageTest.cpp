@@ -12,19 +12,16 @@
 #include <zlib.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <limits>
 #include <memory>
-#include <spawn.h>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-
-extern char** environ;
 
 namespace {
 
@@ -56,26 +53,32 @@ const char* const kPlastic = "float4 main() : COLOR { return float4(1, 0, 0, 1);
 
 // One document with every kind of entry and names that look like paths; built the same in
 // both processes of the cross-process case.
-void FillDocument(QorResourceZPKContainer& container, QorStreamer& stream)
+struct Document
 {
-    stream.SetResourceZPKContainer(&container);
-    stream.WriteInt(42, 0);
-    container.AddResource(stream, "materials\\plastic.cgfx", kPlastic); // 0
-    container.AddResource(stream, "bare", nullptr);                     // 1
-    const char* names[] = {"C:\\textures\\wood.png", "../../escape.png", "/abs/folder/la.png", "caf\xe9.png",
-                           "clouds.procedural", "sky.procedural"};
-    const QorPixelImageFormat formats[] = {QorPixelRGBA8,    QorPixelLuminance8, QorPixelLuminanceAlpha8,
-                                           QorPixelRGB8,     QorPixelRGBAFloat,  QorPixelRGBFloat};
-    for (int i = 0; i < 6; ++i) // 2 to 7
-        container.AddResource(stream, Image(names[i], formats[i], 3 + i, 2).get());
-    container.AddResource(stream, "materials\\plastic.cgfx", "// edited\n"); // 8
-    stream.WriteString("end");
-}
+    QorResourceZPKContainer container;
+    QorStreamer stream;
+    Document()
+    {
+        stream.SetResourceZPKContainer(&container);
+        stream.WriteInt(42, 0);
+        container.AddResource(stream, "materials\\plastic.cgfx", kPlastic); // 0
+        container.AddResource(stream, "bare", nullptr);                     // 1
+        const char* names[] = {"C:\\textures\\wood.png", "../../escape.png", "/abs/folder/la.png", "caf\xe9.png",
+                               "clouds.procedural", "sky.procedural"};
+        const QorPixelImageFormat formats[] = {QorPixelRGBA8,    QorPixelLuminance8, QorPixelLuminanceAlpha8,
+                                               QorPixelRGB8,     QorPixelRGBAFloat,  QorPixelRGBFloat};
+        for (int i = 0; i < 6; ++i) // 2 to 7
+            container.AddResource(stream, Image(names[i], formats[i], 3 + i, 2).get());
+        container.AddResource(stream, "materials\\plastic.cgfx", "// edited\n"); // 8
+        stream.WriteString("end");
+    }
+};
 
-void ExpectSameDocument(const QorResourceZPKContainer& expected, const QorStreamer& expectedStream,
-                        const QorResourceZPKContainer& actual, const QorStreamer& actualStream)
+void ExpectSampleDocument(const QorResourceZPKContainer& actual, const QorStreamer& actualStream)
 {
-    EXPECT_EQ(actualStream.GetBytes(), expectedStream.GetBytes());
+    const Document sample;
+    const QorResourceZPKContainer& expected = sample.container;
+    EXPECT_EQ(actualStream.GetBytes(), sample.stream.GetBytes());
     ASSERT_EQ(actual.GetEntryCount(), expected.GetEntryCount());
     for (int id = 0; id < expected.GetEntryCount(); ++id) {
         const QorResourceZPKContainer::Entry& want = *expected.GetEntry(id);
@@ -237,16 +240,22 @@ std::string Refusal(const std::string& path)
     return error;
 }
 
-// A fresh copy of the sample document to damage.
-std::string SavedCopy(const QorTempDir& dir, const std::string& name)
+// The sample document saved at `path` (a copy to damage, often).
+std::string SavedCopy(const std::string& path)
 {
-    QorResourceZPKContainer container;
-    QorStreamer stream;
-    FillDocument(container, stream);
-    const std::string path = dir.File(name);
+    Document document;
     std::string error;
-    EXPECT_EQ(container.SaveToFile(path.c_str(), stream, &error), 0) << error;
+    EXPECT_EQ(document.container.SaveToFile(path.c_str(), document.stream, &error), 0) << error;
     return path;
+}
+
+void ExpectLoadsSample(const std::string& path)
+{
+    QorResourceZPKContainer loaded;
+    QorStreamer stream;
+    std::string error;
+    ASSERT_EQ(loaded.LoadFromFile(path.c_str(), stream, &error), 0) << error;
+    ExpectSampleDocument(loaded, stream);
 }
 
 } // namespace
@@ -254,7 +263,7 @@ std::string SavedCopy(const QorTempDir& dir, const std::string& name)
 TEST(QorResourcePackageTest, ASavedPackageIsAZipAPersonCanOpen)
 {
     QorTempDir dir;
-    const std::string path = SavedCopy(dir, "doc.zpk");
+    const std::string path = SavedCopy(dir.File("doc.zpk"));
     EXPECT_EQ(QorFolderContent(dir.Path()), std::vector<std::string>{"doc.zpk"}) << "no temporary file is left";
 
     const std::string listing = CommandOutput("unzip -l '" + path + "'");
@@ -286,17 +295,12 @@ TEST(QorResourcePackageTest, ASavedPackageIsAZipAPersonCanOpen)
 TEST(QorResourcePackageTest, LoadingGivesBackEveryEntryPixelAndStreamByte)
 {
     QorTempDir dir;
-    QorResourceZPKContainer saved;
-    QorStreamer savedStream;
-    FillDocument(saved, savedStream);
-    const std::string path = dir.Path() + "\\doc.zpk"; // a framework path
-    ASSERT_EQ(saved.SaveToFile(path.c_str(), savedStream, nullptr), 0);
-
+    const std::string path = SavedCopy(dir.Path() + "\\doc.zpk"); // a framework path
     QorResourceZPKContainer loaded;
     QorStreamer stream;
     std::string error;
     ASSERT_EQ(loaded.LoadFromFile(path.c_str(), stream, &error), 0) << error;
-    ExpectSameDocument(saved, savedStream, loaded, stream);
+    ExpectSampleDocument(loaded, stream);
     EXPECT_EQ(stream.GetResourceZPKContainer(), &loaded);
 
     // The stream reads back through the loaded container as the shaders' UnStream does.
@@ -322,11 +326,7 @@ TEST(QorResourcePackageTest, LoadingGivesBackEveryEntryPixelAndStreamByte)
     QorStreamer more;
     loaded.AddResource(more, "materials\\plastic.cgfx", kPlastic);
     loaded.AddResource(more, loaded.GetEntry(4)->image.get());
-    int ids[2] = {};
-    more.ReadInt(ids[0], 0);
-    more.ReadInt(ids[1], 0);
-    EXPECT_EQ(ids[0], 0);
-    EXPECT_EQ(ids[1], 4);
+    EXPECT_EQ(more.GetBytes(), (std::vector<unsigned char>{0, 0, 0, 0, 4, 0, 0, 0})) << "ids 0 and 4";
     EXPECT_EQ(loaded.GetEntryCount(), 9);
 
     // The same bytes from memory load the same document.
@@ -337,34 +337,20 @@ TEST(QorResourcePackageTest, LoadingGivesBackEveryEntryPixelAndStreamByte)
                                         memoryStream, &error),
               0)
         << error;
-    ExpectSameDocument(saved, savedStream, fromMemory, memoryStream);
+    ExpectSampleDocument(fromMemory, memoryStream);
 }
 
 TEST(QorResourcePackageTest, ASecondProcessLoadsWhatTheFirstSaved)
 {
     QorTempDir dir;
-    const std::string path = SavedCopy(dir, "shared.zpk");
+    const std::string path = SavedCopy(dir.File("shared.zpk"));
     char self[4096] = {};
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
-
-    std::vector<std::string> environment{std::string(kChildVariable) + "=" + path};
-    for (char** variable = environ; *variable; ++variable)
-        if (std::strncmp(*variable, kChildVariable, std::strlen(kChildVariable)) != 0)
-            environment.emplace_back(*variable);
-    std::vector<char*> envp;
-    for (std::string& variable : environment)
-        envp.push_back(variable.data());
-    envp.push_back(nullptr);
-    std::string filter = "--gtest_filter=QorResourcePackageTest.DISABLED_SecondProcessSide";
-    std::string disabled = "--gtest_also_run_disabled_tests";
-    char* argv[] = {self, filter.data(), disabled.data(), nullptr};
-    pid_t child = 0;
-    ASSERT_EQ(posix_spawn(&child, self, nullptr, nullptr, argv, envp.data()), 0);
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0) << "the second process found the document different";
-    EXPECT_EQ(QorReadFile(path + ".verdict"), "9 entries equal") << "the second process ran its checks";
+    const std::string command = std::string(kChildVariable) + "='" + path + "' '" + self +
+                                "' --gtest_filter=QorResourcePackageTest.DISABLED_SecondProcessSide"
+                                " --gtest_also_run_disabled_tests";
+    EXPECT_EQ(std::system(command.c_str()), 0) << "the second process found the document different";
+    EXPECT_EQ(QorReadFile(path + ".verdict"), "equal") << "the second process ran its checks";
 }
 
 // Runs only as the second process of the case above.
@@ -372,44 +358,20 @@ TEST(QorResourcePackageTest, DISABLED_SecondProcessSide)
 {
     const char* path = std::getenv(kChildVariable);
     ASSERT_NE(path, nullptr);
-    QorResourceZPKContainer expected;
-    QorStreamer expectedStream;
-    FillDocument(expected, expectedStream);
-    QorResourceZPKContainer loaded;
-    QorStreamer stream;
-    std::string error;
-    ASSERT_EQ(loaded.LoadFromFile(path, stream, &error), 0) << error;
-    ExpectSameDocument(expected, expectedStream, loaded, stream);
+    ExpectLoadsSample(path);
     if (!::testing::Test::HasFailure())
-        std::ofstream(std::string(path) + ".verdict") << loaded.GetEntryCount() << " entries equal";
+        std::ofstream(std::string(path) + ".verdict") << "equal";
 }
 
-TEST(QorResourcePackageTest, ForeignNewerAndCutArchivesAreRefusedWithTheReason)
+TEST(QorResourcePackageTest, MissingNonZipAndCutArchivesAreRefusedWithTheReason)
 {
     QorTempDir dir;
     EXPECT_NE(Refusal(dir.File("absent.zpk")).find("cannot be opened as a zip archive"), std::string::npos);
     EXPECT_NE(Refusal(dir.Write("text.zpk", "plain text, no zip")).find("cannot be opened as a zip archive"),
               std::string::npos);
 
-    const std::string foreign = SavedCopy(dir, "foreign.zpk");
-    {
-        PackageEditor editor(foreign);
-        editor.Remove("manifest.json");
-    }
-    EXPECT_NE(Refusal(foreign).find("no manifest.json: not a Qor resource package"), std::string::npos);
-    const std::string otherFormat = SavedCopy(dir, "other.zpk");
-    PackageEditor(otherFormat).EditManifest([](Json& manifest) { manifest["format"] = "SomethingElse"; });
-    EXPECT_NE(Refusal(otherFormat).find("not a Qor resource package"), std::string::npos);
-
-    const std::string newer = SavedCopy(dir, "newer.zpk");
-    PackageEditor(newer).EditManifest([](Json& manifest) {
-        manifest["version"] = 2;
-        manifest["entries"] = "laid out differently"; // nothing past the version is judged
-    });
-    EXPECT_NE(Refusal(newer).find("format version 2 is newer than this library reads (1)"), std::string::npos);
-
     // Every cut of a real package is refused, whatever part the cut falls in.
-    const std::string whole = QorReadFile(SavedCopy(dir, "whole.zpk"));
+    const std::string whole = QorReadFile(SavedCopy(dir.File("whole.zpk")));
     for (std::size_t length = 0; length < whole.size(); length += 1 + length / 8) {
         Holder holder;
         std::string error;
@@ -425,7 +387,7 @@ TEST(QorResourcePackageTest, ForeignNewerAndCutArchivesAreRefusedWithTheReason)
     holder.ExpectUntouched();
 }
 
-TEST(QorResourcePackageTest, MissingExtraOrCorruptPartsAreRefusedAndTheContainerKept)
+TEST(QorResourcePackageTest, ForeignNewerMissingExtraOrCorruptPartsAreRefusedAndTheContainerKept)
 {
     QorTempDir dir;
     struct Damage
@@ -436,6 +398,17 @@ TEST(QorResourcePackageTest, MissingExtraOrCorruptPartsAreRefusedAndTheContainer
     };
     const std::string notPng = "this text is not an image";
     const Damage damages[] = {
+        {"a zip without manifest", [](PackageEditor& e) { e.Remove("manifest.json"); },
+         "no manifest.json: not a Qor resource package"},
+        {"another format's manifest",
+         [](PackageEditor& e) { e.EditManifest([](Json& m) { m["format"] = "SomethingElse"; }); },
+         "not a Qor resource package"},
+        {"a newer version", [](PackageEditor& e) {
+             e.EditManifest([](Json& m) {
+                 m["version"] = 2;
+                 m["entries"] = "laid out differently"; // nothing past the version is judged
+             });
+         }, "format version 2 is newer than this library reads (1)"},
         {"a missing effect", [](PackageEditor& e) { e.Remove("effects/0.cgfx"); },
          "\"effects/0.cgfx\", named by the manifest, is missing"},
         {"missing float pixels", [](PackageEditor& e) { e.Remove("images/6.f32"); }, "\"images/6.f32\", named by"},
@@ -487,7 +460,7 @@ TEST(QorResourcePackageTest, MissingExtraOrCorruptPartsAreRefusedAndTheContainer
     };
     for (const Damage& damage : damages) {
         SCOPED_TRACE(damage.what);
-        const std::string path = SavedCopy(dir, "damaged.zpk");
+        const std::string path = SavedCopy(dir.File("damaged.zpk"));
         {
             PackageEditor editor(path);
             damage.apply(editor);
@@ -497,7 +470,7 @@ TEST(QorResourcePackageTest, MissingExtraOrCorruptPartsAreRefusedAndTheContainer
     }
 
     // A flipped byte inside the stored PNG data: the archive's own CRC catches it.
-    const std::string path = SavedCopy(dir, "flipped.zpk");
+    const std::string path = SavedCopy(dir.File("flipped.zpk"));
     std::string bytes = QorReadFile(path);
     const std::size_t png = bytes.find("\x89PNG");
     ASSERT_NE(png, std::string::npos);
@@ -516,25 +489,16 @@ TEST(QorResourcePackageTest, ResourceNamesAreDataAndNothingIsWrittenOutsideTheCa
     QorScopedEnv privateTemp("TMPDIR", temp.c_str()); // where the loader decodes its PNGs
 
     // Zip-slip names beside a genuine package are refused, never extracted.
-    const std::string path = work + "/slip.zpk";
-    {
-        QorResourceZPKContainer container;
-        QorStreamer stream;
-        FillDocument(container, stream);
-        ASSERT_EQ(container.SaveToFile(path.c_str(), stream, nullptr), 0);
-    }
     for (const char* name : {"../escaped.txt", "/tmp/absolute.txt", "..\\..\\escaped.txt", "C:/drive.txt"}) {
         SCOPED_TRACE(name);
-        const std::string copy = work + "/slip-copy.zpk";
-        std::filesystem::copy_file(path, copy, std::filesystem::copy_options::overwrite_existing);
+        const std::string copy = SavedCopy(root.File("work/deeper/slip.zpk"));
         PackageEditor(copy).Put(name, "payload");
         EXPECT_NE(Refusal(copy).find(std::string("\"") + name + "\" is not named by the manifest"),
                   std::string::npos);
         EXPECT_EQ(QorFolderContent(temp), std::vector<std::string>{}) << "the private folder is gone";
     }
     EXPECT_EQ(QorFolderContent(root.Path()),
-              (std::vector<std::string>{"tmp", "work", "work/deeper", "work/deeper/slip-copy.zpk",
-                                        "work/deeper/slip.zpk"}));
+              (std::vector<std::string>{"tmp", "work", "work/deeper", "work/deeper/slip.zpk"}));
     EXPECT_EQ(QorFileAccess("/tmp/absolute.txt", 0), -1);
 
     // Names that end in no file name cannot be saved, and a crafted one cannot be loaded:
@@ -549,11 +513,11 @@ TEST(QorResourcePackageTest, ResourceNamesAreDataAndNothingIsWrittenOutsideTheCa
         EXPECT_NE(error.find("does not end in a file name"), std::string::npos) << error;
         EXPECT_EQ(QorFileAccess((work + "/never.zpk").c_str(), 0), -1);
 
-        const std::string crafted = SavedCopy(root, "crafted.zpk");
+        const std::string crafted = SavedCopy(root.File("crafted.zpk"));
         PackageEditor(crafted).EditManifest([name](Json& manifest) { manifest["entries"][2]["name"] = name; });
         EXPECT_NE(Refusal(crafted).find("manifest: entry 2: the image name"), std::string::npos);
     }
-    const std::string nul = SavedCopy(root, "nul.zpk");
+    const std::string nul = SavedCopy(root.File("nul.zpk"));
     PackageEditor(nul).EditManifest([](Json& manifest) { manifest["entries"][0]["name"] = std::string("a\0b", 3); });
     EXPECT_NE(Refusal(nul).find("manifest: entry 0: the name holds a NUL character"), std::string::npos);
     EXPECT_EQ(QorFolderContent(temp), std::vector<std::string>{});
@@ -572,23 +536,19 @@ TEST(QorResourcePackageTest, AFailedSaveLeavesNoFileAndKeepsTheOldOne)
     EXPECT_EQ(error.rfind(old + ": image entry 1", 0), 0u) << error;
     EXPECT_EQ(QorReadFile(old), "the previous document");
 
-    QorResourceZPKContainer good;
-    QorStreamer goodStream;
-    FillDocument(good, goodStream);
-    EXPECT_EQ(good.SaveToFile(dir.File("missing/folder/doc.zpk").c_str(), goodStream, &error), -1);
+    Document good;
+    QorStreamer& goodStream = good.stream;
+    EXPECT_EQ(good.container.SaveToFile(dir.File("missing/folder/doc.zpk").c_str(), goodStream, &error), -1);
     EXPECT_NE(error.find("missing/folder/doc.zpk: cannot be"), std::string::npos) << error;
     std::filesystem::create_directories(dir.File("a-folder"));
-    EXPECT_EQ(good.SaveToFile(dir.File("a-folder").c_str(), goodStream, &error), -1);
-    EXPECT_EQ(good.SaveToFile(nullptr, goodStream, &error), -1);
+    EXPECT_EQ(good.container.SaveToFile(dir.File("a-folder").c_str(), goodStream, &error), -1);
+    EXPECT_EQ(good.container.SaveToFile(nullptr, goodStream, &error), -1);
     EXPECT_EQ(error, "(no path): no package path given");
     EXPECT_EQ(QorFolderContent(dir.Path()), (std::vector<std::string>{"a-folder", "doc.zpk"}));
 
     // A good save replaces the old file whole.
-    ASSERT_EQ(good.SaveToFile(old.c_str(), goodStream, &error), 0) << error;
-    QorResourceZPKContainer loaded;
-    QorStreamer loadedStream;
-    ASSERT_EQ(loaded.LoadFromFile(old.c_str(), loadedStream, &error), 0) << error;
-    ExpectSameDocument(good, goodStream, loaded, loadedStream);
+    ASSERT_EQ(good.container.SaveToFile(old.c_str(), goodStream, &error), 0) << error;
+    ExpectLoadsSample(old);
     EXPECT_EQ(QorFolderContent(dir.Path()), (std::vector<std::string>{"a-folder", "doc.zpk"}));
 }
 

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -45,12 +45,6 @@ TEST(QorResourceZPKContainerTest, EffectsAndImagesRoundTripThroughOneStreamer)
 
     ASSERT_EQ(container.GetEntryCount(), 6);
     EXPECT_EQ(wood->GetRefCount(), 2u) << "one container reference however often it is streamed";
-    const QorResourceZPKContainer::Entry* image = container.GetEntry(1);
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(image->id, 1);
-    EXPECT_EQ(image->kind, QorResourceZPKContainer::QorImageEntry);
-    EXPECT_EQ(image->name, QorString("wood.png"));
-    EXPECT_EQ(container.GetEntry(2)->source, "float4 main() : COLOR { return 0; }");
     EXPECT_EQ(container.GetEntry(6), nullptr);
 
     // What UnStream reads from the same bytes.
@@ -144,12 +138,7 @@ TEST(QorResourceZPKContainerTest, ReplaceResourceSwapsImagesInEveryEntryAndCount
         QorStreamer more;
         container.AddResource(more, newImage.get());
         container.AddResource(more, oldImage.get());
-        QorStreamer moreIn(more.GetBytes());
-        int id = -2;
-        ASSERT_TRUE(moreIn.ReadInt(id));
-        EXPECT_EQ(id, 0);
-        ASSERT_TRUE(moreIn.ReadInt(id));
-        EXPECT_EQ(id, 2);
+        EXPECT_EQ(more.GetBytes(), (std::vector<unsigned char>{0, 0, 0, 0, 2, 0, 0, 0})) << "ids 0 and 2";
 
         int unknown = 0;
         container.ReplaceResource(bystander.get(), nullptr);
