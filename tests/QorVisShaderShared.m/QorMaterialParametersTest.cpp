@@ -7,21 +7,9 @@
 #include "QorVisFoundation/QorStreamer.h"
 #include "QorVisFoundation/QorVisPixelImage.h"
 #include "QorVisFoundation/VisResourceManager.h"
-#include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorShaderTexture.h"
 
 #include <algorithm>
 #include <cstdint>
-
-namespace {
-
-unsigned TextureCount(const char* name)
-{
-    const QorShaderTexture* texture = QorShaderManager::GetShaderTexture(name);
-    return texture ? texture->GetRefCount() : 0;
-}
-
-} // namespace
 
 QOR_MATERIAL_SUITE(QorMaterialParametersTest);
 

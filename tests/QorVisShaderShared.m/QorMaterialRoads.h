@@ -15,6 +15,8 @@
 #include "QorVisShaderShared/QorMaterialParameters.h"
 #include "QorVisShaders/QorIShader.h"
 #include "QorVisShaders/QorIShaderEffect.h"
+#include "QorVisShaders/QorShaderManager.h"
+#include "QorVisShaders/QorShaderTexture.h"
 
 #include <Cg/cg.h>
 #include <gtest/gtest.h>
@@ -84,6 +86,13 @@ struct QorShaderDestroy
     void operator()(QorIShader* shader) const { shader->Destroy(); }
 };
 using QorShaderPtr = std::unique_ptr<QorIShader, QorShaderDestroy>;
+
+/// The references the registry's texture of that name has; 0 when it has none.
+inline unsigned TextureCount(const std::string& name)
+{
+    const QorShaderTexture* texture = QorShaderManager::GetShaderTexture(name.c_str());
+    return texture ? texture->GetRefCount() : 0;
+}
 
 /// Positions of the material's user parameters (index = position + 1).
 enum QorMaterialPosition

@@ -7,17 +7,16 @@
 #include "QorVisFoundation/QorPixelImageManager.h"
 #include "QorVisFoundation/QorResourceZPKContainer.h"
 #include "QorVisFoundation/QorStreamer.h"
-#include "QorVisShaders/QorShaderManager.h"
-#include "QorVisShaders/QorShaderTexture.h"
 
 #include <cstring>
 
 namespace {
 
-unsigned TextureCount(const std::string& name)
+// The width of the image in the file; 0 when it is no image.
+unsigned WidthOf(const std::string& path)
 {
-    const QorShaderTexture* texture = QorShaderManager::GetShaderTexture(name.c_str());
-    return texture ? texture->GetRefCount() : 0;
+    QorTexturePixelImage::Ptr image(QorTexturePixelImage::ReadFromFile(path.c_str(), "read"));
+    return image ? image->GetWidth() : 0;
 }
 
 // A 2x2 RGBA PNG with distinct pixels; returns its path.
@@ -124,9 +123,7 @@ TEST_F(QorShaderTextureCacheTest, ImagesOfOtherPackagesOrPlantedFilesAreNeverTak
     ASSERT_NE(key, "") << mine;
     ASSERT_NE(QorCacheKeyOf(theirs, cache.Path(), "wood.png"), "") << theirs;
     EXPECT_NE(mine, theirs);
-    QorTexturePixelImage::Ptr mineRead(QorTexturePixelImage::ReadFromFile(mine.c_str(), "mine"));
-    ASSERT_NE(mineRead, nullptr);
-    EXPECT_EQ(mineRead->GetWidth(), 2u) << "this package's own image, not the other one's 3 x 3";
+    EXPECT_EQ(WidthOf(mine), 2u) << "this package's own image, not the other one's 3 x 3";
 
     // A cached file whose bytes were changed under the key is passed over, not taken.
     QorTexturePixelImage::ClearList();
@@ -146,9 +143,7 @@ TEST_F(QorShaderTextureCacheTest, AListedImageOfTheSameNameTakesTheStreamedOnesP
     in.SetResourceZPKContainer(&container);
     const std::string file = Read(in, 1)[0];
     EXPECT_EQ(container.GetEntry(0)->image.get(), listed) << "the container holds the listed image";
-    QorTexturePixelImage::Ptr written(QorTexturePixelImage::ReadFromFile(file.c_str(), "cached"));
-    ASSERT_NE(written, nullptr);
-    EXPECT_EQ(written->GetWidth(), 1u) << "the cached file is the listed image";
+    EXPECT_EQ(WidthOf(file), 1u) << "the cached file is the listed image";
 }
 
 TEST_F(QorShaderTextureCacheTest, ProceduralTexturesFillAGeneratedImage)
@@ -224,9 +219,7 @@ TEST_F(QorShaderTextureCacheTest, TextureNamesLikePathsAreCachedOnlyUnderZPKReso
                                                  key + "/drive.png", key + "/escape.png", key + "/windows.png"}));
     EXPECT_EQ(QorFileAccess("/abs/folder/absolute.png", 0), -1);
     EXPECT_EQ(QorFileAccess("../../escape.png", 0), -1);
-    QorTexturePixelImage::Ptr escaped(QorTexturePixelImage::ReadFromFile(cache.File(key + "/escape.png").c_str(), "x"));
-    ASSERT_NE(escaped, nullptr);
-    EXPECT_EQ(escaped->GetWidth(), 2u);
+    EXPECT_EQ(WidthOf(cache.File(key + "/escape.png")), 2u);
 }
 
 // The format a cached image is written in comes from its name's extension.

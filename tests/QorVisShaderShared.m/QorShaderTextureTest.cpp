@@ -32,7 +32,7 @@ private:
 
 } // namespace
 
-TEST(QorShaderTextureTest, SharedByNameAndCounted)
+TEST(QorShaderTextureTest, SharedByNameCountedAndRetiredWhenUnused)
 {
     EXPECT_EQ(QorShaderManager::AddShaderTexture(nullptr), nullptr);
     EXPECT_EQ(QorShaderManager::GetShaderTexture("wood.png"), nullptr);
@@ -58,11 +58,9 @@ TEST(QorShaderTextureTest, SharedByNameAndCounted)
     QorShaderManager::CleanShaderTextureToDestroyList();
     EXPECT_EQ(QorShaderManager::GetShaderTexture("wood.png"), nullptr);
     EXPECT_EQ(deleted.ids, std::vector<unsigned>{17});
-}
 
-TEST(QorShaderTextureTest, CleanKeepsTexturesStillInUse)
-{
-    DeletedTextures deleted;
+    // A clean keeps a texture still in use.
+    deleted.ids.clear();
     QorShaderTexture* kept = QorShaderManager::AddShaderTexture("kept.png");
     QorShaderTexture* again = QorShaderManager::AddShaderTexture("kept.png");
     QorShaderManager::AddShaderTextureToDestroyList(kept);
@@ -76,16 +74,6 @@ TEST(QorShaderTextureTest, CleanKeepsTexturesStillInUse)
     QorShaderManager::CleanShaderTextureToDestroyList();
     EXPECT_EQ(QorShaderManager::GetShaderTexture("kept.png"), nullptr);
     EXPECT_TRUE(deleted.ids.empty()) << "ID 0 means there is no GL texture to delete";
-}
-
-TEST(QorShaderTextureTest, RecordWithoutItsNameIsStillRetired)
-{
-    QorShaderTexture* texture = QorShaderManager::AddShaderTexture("reloaded.png");
-    texture->ForgetName();
-    EXPECT_EQ(texture->GetName(), nullptr);
-    QorShaderManager::AddShaderTextureToDestroyList(texture);
-    QorShaderManager::CleanShaderTextureToDestroyList();
-    EXPECT_EQ(QorShaderManager::GetShaderTexture("reloaded.png"), nullptr);
 }
 
 TEST(QorShaderTextureTest, CopiesOwnTheirNames)

@@ -113,7 +113,6 @@ TEST(DirectivesTest, BadDirectivesAndConditionsNameTheirLine)
     ExpectFirstError("#ifndef SHADOWS\n#error this effect needs SHADOWS\n#endif\n",
                      "effect(2): error: #error this effect needs SHADOWS");
     ExpectFirstError("#\n", "effect(1): error: expected a directive after '#'");
-    ExpectFirstError("#include <x.h>\n", "effect(1): error: expected a quoted name after #include");
     ExpectFirstError("#version 150\nGLSLShader {\n#version 330\n}\n",
                      "effect(3): error: '#version 330' differs from '#version 150' at effect(1)");
     ExpectFirstError("#if " + std::string(100000, '(') + "1\n#endif\n", "effect(1): error: '#if " +

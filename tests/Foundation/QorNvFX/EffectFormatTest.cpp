@@ -118,54 +118,6 @@ TEST(EffectFormatTest, DocumentedExampleLoadsAsTheDocumentationSays)
     EXPECT_EQ(loaded.container->findTechnique("Glowing")->getNumPasses(), 2);
 }
 
-TEST(EffectFormatTest, EveryDeclarableTypeAnswersItsCodeComponentsAndDefault)
-{
-    const struct
-    {
-        const char* type;
-        IUniform::Type code;
-        int components;
-        const char* value; // "" for no default
-    } cases[] = {
-        {"int", IUniform::TInt, 1, "= -3"},           {"ivec2", IUniform::TInt2, 2, ""},
-        {"ivec3", IUniform::TInt3, 3, ""},            {"ivec4", IUniform::TInt4, 4, "= {1, 2, 3, 4}"},
-        {"bool", IUniform::TBool, 1, "= true"},       {"bvec2", IUniform::TBool2, 2, "= {false, true}"},
-        {"bvec3", IUniform::TBool3, 3, ""},           {"bvec4", IUniform::TBool4, 4, ""},
-        {"float", IUniform::TFloat, 1, "= 2.5f"},     {"vec2", IUniform::TVec2, 2, "= {-1.5e1, +.5}"},
-        {"vec3", IUniform::TVec3, 3, ""},             {"vec4", IUniform::TVec4, 4, ""},
-        {"mat2", IUniform::TMat2, 4, ""},             {"mat3", IUniform::TMat3, 9, ""},
-        {"mat4", IUniform::TMat4, 16, ""},            {"sampler1D", IUniform::TSampler1D, 1, ""},
-        {"sampler2D", IUniform::TSampler2D, 1, ""},   {"sampler2DRect", IUniform::TSampler2DRect, 1, ""},
-        {"sampler3D", IUniform::TSampler3D, 1, ""},   {"samplerCube", IUniform::TSamplerCube, 1, ""},
-    };
-    std::string declarations;
-    for (const auto& c : cases)
-        declarations += std::string("uniform ") + c.type + " u_" + c.type + " " + c.value + ";\n";
-    const NvFXTest::Loaded loaded = Load(EffectReading(declarations, "1.0"));
-    ASSERT_TRUE(loaded.ok) << loaded.messages;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.type);
-        nvFX::IUniform* uniform = loaded.container->findUniform((std::string("u_") + c.type).c_str());
-        ASSERT_NE(uniform, nullptr);
-        EXPECT_EQ(uniform->getType(), c.code);
-        EXPECT_EQ(uniform->getExInterface()->getComponentCount(), c.components);
-        EXPECT_EQ(uniform->getArraySize(), 0);
-        EXPECT_STREQ(uniform->getSemantic(), "");
-    }
-    const struct
-    {
-        const char* name;
-        std::vector<float> expected;
-    } defaults[] = {{"u_int", {-3}},          {"u_ivec4", {1, 2, 3, 4}}, {"u_bool", {1}},
-                    {"u_bvec2", {0, 1}},      {"u_float", {2.5f}},        {"u_vec2", {-15.0f, 0.5f}},
-                    {"u_vec3", {0, 0, 0}}};
-    for (const auto& d : defaults) {
-        std::vector<float> value(d.expected.size(), 99.0f);
-        EXPECT_TRUE(loaded.container->findUniform(d.name)->getValuefv(value.data(), static_cast<int>(value.size())));
-        EXPECT_EQ(value, d.expected) << d.name;
-    }
-}
-
 TEST(EffectFormatTest, ArraysSemanticsAndAnnotationsAreAnsweredAsWritten)
 {
     const NvFXTest::Loaded loaded = Load(EffectReading(R"(
@@ -204,24 +156,6 @@ uniform sampler2D Albedo : DiffuseTexture < defaultFile = "wood.tif"; >;
     EXPECT_EQ(loaded.container->findUniform("Palette")->getExInterface()->getBufferName(), nullptr);
 }
 
-TEST(EffectFormatTest, TechniqueAndPassAnnotationsFollowTheirNames)
-{
-    const NvFXTest::Loaded loaded = Load(R"(
-GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
-Technique Lit < Category = "shaded"; Order = 2; > {
-    Pass first < Blending = "none"; > { VertexProgram = VS; }
-    Pass second { VertexProgram = { VS }; };
-};
-)");
-    ASSERT_TRUE(loaded.ok) << loaded.messages;
-    nvFX::ITechnique* technique = loaded.container->findTechnique("Lit");
-    EXPECT_STREQ(technique->annotations()->getAnnotationString("Category"), "shaded");
-    EXPECT_EQ(technique->annotations()->getAnnotationInt("Order"), 2);
-    ASSERT_EQ(technique->getNumPasses(), 2);
-    EXPECT_STREQ(technique->getPass(0)->annotations()->getAnnotationString("Blending"), "none");
-    EXPECT_EQ(technique->getPass(1)->annotations()->getExInterface()->getNumAnnotations(), 0);
-}
-
 TEST(EffectFormatTest, ConstantBufferMembersAreReachedOnlyByTheBufferLookup)
 {
     const NvFXTest::Loaded loaded = Load(EffectReading(R"(
@@ -251,7 +185,7 @@ ConstantBuffer Other { uniform float Gain2; }
     EXPECT_FALSE(effect.findBufferUniform("Gain2")->isUsedBy(IUniform::TargetAny));
 }
 
-TEST(EffectFormatTest, ReflectionMarksUniformsThatAnyPassUses)
+TEST(EffectFormatTest, ReflectionMarksUniformsThatAnyPassUsesAndTechniquesTakeAnnotations)
 {
     const NvFXTest::Loaded loaded = Load(R"(
 uniform vec4 First;
@@ -261,10 +195,18 @@ uniform vec4 DeadCode;   // read only by a function no stage calls
 GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
 GLSLShader ReadsFirst { void main() { gl_FragColor = First; } }
 GLSLShader ReadsSecond { vec4 unused() { return DeadCode; } void main() { gl_FragColor = Second; } }
-Technique A { Pass P { VertexProgram = VS; FragmentProgram = ReadsFirst; } }
-Technique B { Pass P { VertexProgram = VS; FragmentProgram = ReadsSecond; } }
+Technique A < Category = "shaded"; Order = 2; > {
+    Pass P < Blending = "none"; > { VertexProgram = VS; FragmentProgram = ReadsFirst; }
+};
+Technique B { Pass P { VertexProgram = { VS }; FragmentProgram = ReadsSecond; }; }
 )");
     ASSERT_TRUE(loaded.ok) << loaded.messages;
+    // Techniques and passes take annotations after their names.
+    nvFX::ITechnique* technique = loaded.container->findTechnique("A");
+    EXPECT_STREQ(technique->annotations()->getAnnotationString("Category"), "shaded");
+    EXPECT_EQ(technique->annotations()->getAnnotationInt("Order"), 2);
+    EXPECT_STREQ(technique->getPass(0)->annotations()->getAnnotationString("Blending"), "none");
+    EXPECT_EQ(loaded.container->findTechnique("B")->getPass(0)->annotations()->getExInterface()->getNumAnnotations(), 0);
     const struct
     {
         const char* name;

@@ -6,7 +6,6 @@
 
 #include "NvFXTestSupport.h"
 
-#include "nvFX/IAnnotation.h"
 #include "nvFX/IPassEx.h"
 #include "nvFX/ITechniqueEx.h"
 #include "nvFX/IUniform.h"
@@ -36,32 +35,36 @@ GLSLShader FS {
 Technique Draw {
     Pass Flat { VertexProgram = VS; FragmentProgram = FS; }
     Pass Additive {
-        VertexProgram = VS;
-        FragmentProgram = FS;
-        BLEND = true;
-        BLEND_SRC = GL_ONE;
-        BLEND_DST = ONE;
-        DEPTH_TEST = true;
-        DEPTH_FUNC = GL_ALWAYS;
-        DEPTH_MASK = false;
-        CULL_FACE = true;
-        CULL_FACE_MODE = GL_BACK;
-        POLYGON_OFFSET = { 1.5, 2 };
-        POLYGON_MODE = GL_FILL;
+        VertexProgram = VS; FragmentProgram = FS;
+        BLEND = true; BLEND_SRC = GL_ONE; BLEND_DST = ONE;
+        DEPTH_TEST = true; DEPTH_FUNC = GL_ALWAYS; DEPTH_MASK = false;
+        CULL_FACE = true; CULL_FACE_MODE = GL_BACK; POLYGON_OFFSET = { 1.5, 2 }; POLYGON_MODE = GL_FILL;
     }
 }
 )";
 
 using Rgba = std::array<int, 4>;
 
+void Draw(GLenum mode, const std::vector<GLfloat>& corners)
+{
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(2, GL_FLOAT, 0, corners.data());
+    glDrawArrays(mode, 0, static_cast<GLsizei>(corners.size() / 2));
+    glDisableClientState(GL_VERTEX_ARRAY);
+}
+
 // Two front-facing (counter-clockwise) triangles over the whole viewport.
 void DrawQuadCoveringClipSpace()
 {
-    static const GLfloat corners[] = {-1.0f, -1.0f, 1.0f, -1.0f, -1.0f, 1.0f, 1.0f, 1.0f};
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glVertexPointer(2, GL_FLOAT, 0, corners);
-    glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
-    glDisableClientState(GL_VERTEX_ARRAY);
+    Draw(GL_TRIANGLE_STRIP, {-1.0f, -1.0f, 1.0f, -1.0f, -1.0f, 1.0f, 1.0f, 1.0f});
+}
+
+// The pixel in the middle of the context, or in its corner.
+Rgba Pixel(const QorGLContext& gl, bool middle = true)
+{
+    const std::vector<unsigned char> pixels = gl.ReadPixels();
+    const std::size_t at = middle ? (static_cast<std::size_t>(gl.GetHeight() / 2) * gl.GetWidth() + gl.GetWidth() / 2) * 4 : 0;
+    return {pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]};
 }
 
 // Sets the pass up, draws the quad, restores, and reads the middle pixel.
@@ -70,9 +73,7 @@ Rgba DrawWith(nvFX::IPass& pass, const QorGLContext& gl)
     EXPECT_TRUE(pass.setup());
     DrawQuadCoveringClipSpace();
     EXPECT_TRUE(pass.restore());
-    const std::vector<unsigned char> pixels = gl.ReadPixels();
-    const std::size_t at = (static_cast<std::size_t>(gl.GetHeight() / 2) * gl.GetWidth() + gl.GetWidth() / 2) * 4;
-    return {pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]};
+    return Pixel(gl);
 }
 
 void ExpectNear(const Rgba& actual, const Rgba& expected)
@@ -102,27 +103,46 @@ std::vector<float> RenderStates()
     return states;
 }
 
+// A texture of one row of RGBA texels, deleted with this. Its own parameters would clamp
+// and filter linearly: a sampler state overrides them.
 struct TextureName
 {
     GLuint name = 0;
-    TextureName() { glGenTextures(1, &name); }
+    explicit TextureName(const std::vector<unsigned char>& texels)
+    {
+        glGenTextures(1, &name);
+        glBindTexture(GL_TEXTURE_2D, name);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+        const auto width = static_cast<GLsizei>(texels.size() / 4);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, width, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+        glBindTexture(GL_TEXTURE_2D, 0);
+    }
     ~TextureName() { glDeleteTextures(1, &name); }
     TextureName(const TextureName&) = delete;
     TextureName& operator=(const TextureName&) = delete;
 };
 
-// A 16 x 16 context and the effect loaded.
-class PassGLTest : public testing::Test
+// A 16 x 16 context.
+class PassStateBlocksGLTest : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError(); }
+
+    QorGLContext gl;
+};
+
+// The context and the effect loaded.
+class PassGLTest : public PassStateBlocksGLTest
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
+        PassStateBlocksGLTest::SetUp();
         loaded = NvFXTest::Load(kEffect);
         ASSERT_TRUE(loaded.ok) << loaded.messages;
     }
 
-    QorGLContext gl;
     NvFXTest::Loaded loaded; // destroyed first, while the context is still current
 };
 
@@ -144,12 +164,7 @@ TEST_F(PassGLTest, QuadTakesItsColourFromValuesSetThroughTheInterface)
     ASSERT_TRUE(effect.findBufferUniform("Material.Bias")->setValue1f(0.25f));
     ExpectNear(DrawWith(pass, gl), {64, 64, 255, 255});
 
-    TextureName texture;
-    const unsigned char green[4] = {0, 128, 0, 255};
-    glBindTexture(GL_TEXTURE_2D, texture.name);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, green);
-    glBindTexture(GL_TEXTURE_2D, 0);
+    const TextureName texture({0, 128, 0, 255});
     glActiveTexture(GL_TEXTURE5);
     ASSERT_TRUE(effect.findUniform("Pattern")->setSamplerResource(texture.name, 2));
     ExpectNear(DrawWith(pass, gl), {64, 192, 255, 255});
@@ -201,8 +216,7 @@ TEST_F(PassGLTest, RenderStatesHoldForTheDrawAndArePutBackAfter)
     EXPECT_FALSE(pass.restore()) << "nothing left to put back";
     EXPECT_EQ(RenderStates(), before);
 
-    const std::vector<unsigned char> pixels = gl.ReadPixels();
-    ExpectNear({pixels[0], pixels[1], pixels[2], pixels[3]}, {191, 128, 0, 255});
+    ExpectNear(Pixel(gl, false), {191, 128, 0, 255});
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
@@ -222,10 +236,8 @@ TEST_F(PassGLTest, ProgramsAreMadeOnceAndGoWithTheirContainer)
 
 // Named state blocks: the pixel shows each took effect (culling hides a back face, the
 // depth function rejects a fragment, blending adds), and after the pass GL is as before.
-TEST(PassStateBlocksGLTest, BlocksTakeEffectForTheirPassesAndArePutBack)
+TEST_F(PassStateBlocksGLTest, BlocksTakeEffectForTheirPassesAndArePutBack)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
     const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
 uniform vec4 Colour = {0.25, 0.5, 0, 1};
 GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
@@ -263,10 +275,8 @@ Technique T
 // A sampler state's wrap mode decides the pixel: a two-texel texture (red, green) read
 // past its right edge repeats to red, or clamps to green; after the pass the unit has
 // no sampler object again.
-TEST(PassStateBlocksGLTest, SamplerStatesWrapTheTextureForTheirPass)
+TEST_F(PassStateBlocksGLTest, SamplerStatesWrapTheTextureForTheirPass)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
     const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
 uniform sampler2D Stripes;
 SamplerState Repeat { TEXTURE_MIN_FILTER = NEAREST; TEXTURE_MAG_FILTER = NEAREST; TEXTURE_WRAP_S = REPEAT; }
@@ -281,14 +291,7 @@ Technique T
 }
 )");
     ASSERT_TRUE(loaded.ok) << loaded.messages;
-    TextureName texture;
-    const unsigned char texels[8] = {255, 0, 0, 255, 0, 255, 0, 255};
-    glBindTexture(GL_TEXTURE_2D, texture.name);
-    // The texture's own parameters would clamp and filter linearly: the sampler overrides them.
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
-    glBindTexture(GL_TEXTURE_2D, 0);
+    const TextureName texture({255, 0, 0, 255, 0, 255, 0, 255}); // red, green
     nvFX::IContainer& effect = *loaded.container;
     ASSERT_TRUE(effect.findUniform("Stripes")->setSamplerResource(texture.name, 3));
     nvFX::ITechnique& technique = *effect.findTechnique(0);
@@ -299,16 +302,13 @@ Technique T
     glGetIntegerv(GL_SAMPLER_BINDING, &sampler);
     EXPECT_EQ(sampler, 0) << "the unit's sampler is put back";
     glActiveTexture(GL_TEXTURE0);
-    EXPECT_STREQ(effect.findUniform("Stripes")->annotations()->getAnnotationString("defaultFile"), "stripes.png");
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
 // A global constant buffer set through one effect draws in another: both passes read
 // one GL buffer object at one binding point, uploaded once.
-TEST(PassStateBlocksGLTest, AGlobalBufferIsOneBufferForEveryEffect)
+TEST_F(PassStateBlocksGLTest, AGlobalBufferIsOneBufferForEveryEffect)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
     const std::string effect = R"(
 global ConstantBuffer Scene { uniform vec4 Tint = {0, 0, 0, 1}; };
 ConstantBuffer Local { uniform float Gain = 1; };
@@ -341,10 +341,8 @@ Technique T { Pass P { VertexProgram = VS; FragmentProgram = FS; } }
 // Tessellation and geometry stages: a patch of three vertices (PATCH_VERTICES) passes
 // through control, evaluation and geometry code to the pixel; the patch size GL had
 // comes back after the pass.
-TEST(PassStateBlocksGLTest, TessellationAndGeometryStagesDrawAPatch)
+TEST_F(PassStateBlocksGLTest, TessellationAndGeometryStagesDrawAPatch)
 {
-    QorGLContext gl;
-    ASSERT_TRUE(gl.Open(16, 16)) << gl.GetError();
     const NvFXTest::Loaded loaded = NvFXTest::Load(R"(
 GLSLShader { #version 450 compatibility
 }
@@ -373,18 +371,8 @@ GLSLShader GS {
     void main() { for (int i = 0; i < 3; ++i) { gl_Position = gl_in[i].gl_Position; EmitVertex(); } EndPrimitive(); }
 }
 GLSLShader FS { void main() { gl_FragColor = Colour; } }
-Technique T
-{
-    Pass Patch
-    {
-        VertexProgram = VS;
-        TessellationControlProgram = TCS;
-        TessellationEvaluationProgram = TES;
-        GeometryProgram = GS;
-        FragmentProgram = FS;
-        PATCH_VERTICES = 3;
-    }
-}
+Technique T { Pass Patch { VertexProgram = VS; TessellationControlProgram = TCS; TessellationEvaluationProgram = TES;
+                           GeometryProgram = GS; FragmentProgram = FS; PATCH_VERTICES = 3; } }
 )");
     ASSERT_TRUE(loaded.ok) << loaded.messages;
     nvFX::IPass& pass = *loaded.container->findTechnique(0)->getPass(0);
@@ -393,11 +381,7 @@ Technique T
     glClearColor(0.0f, 0.0f, 0.0f, 1.0f);
     glClear(GL_COLOR_BUFFER_BIT);
     ASSERT_TRUE(pass.setup());
-    static const GLfloat corners[] = {-1.0f, -1.0f, 3.0f, -1.0f, -1.0f, 3.0f};
-    glEnableClientState(GL_VERTEX_ARRAY);
-    glVertexPointer(2, GL_FLOAT, 0, corners);
-    glDrawArrays(GL_PATCHES, 0, 3);
-    glDisableClientState(GL_VERTEX_ARRAY);
+    Draw(GL_PATCHES, {-1.0f, -1.0f, 3.0f, -1.0f, -1.0f, 3.0f});
     GLint during = 0;
     glGetIntegerv(GL_PATCH_VERTICES, &during);
     EXPECT_TRUE(pass.restore());
@@ -405,8 +389,6 @@ Technique T
     GLint after = 0;
     glGetIntegerv(GL_PATCH_VERTICES, &after);
     EXPECT_EQ(after, 4);
-    const std::vector<unsigned char> pixels = gl.ReadPixels();
-    const std::size_t at = (static_cast<std::size_t>(gl.GetHeight() / 2) * gl.GetWidth() + gl.GetWidth() / 2) * 4;
-    ExpectNear({pixels[at], pixels[at + 1], pixels[at + 2], pixels[at + 3]}, {0, 255, 0, 255});
+    ExpectNear(Pixel(gl), {0, 255, 0, 255});
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }

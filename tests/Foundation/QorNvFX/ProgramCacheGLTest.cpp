@@ -15,12 +15,9 @@
 
 #include <GL/gl.h>
 #include <GL/glext.h>
-#include <dirent.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 namespace {
@@ -58,20 +55,10 @@ int DrawnRed(const QorGLContext& gl, std::string& messages)
 // The cache's binary entry (its kind byte follows the 12-byte magic and the format).
 std::string BinaryEntry(const std::string& folder)
 {
-    std::string found;
-    if (DIR* dir = opendir(folder.c_str())) {
-        while (const dirent* entry = readdir(dir)) {
-            if (entry->d_name[0] == '.')
-                continue;
-            const std::string path = folder + "/" + entry->d_name;
-            std::ifstream in(path, std::ios::binary);
-            const std::string head(std::istreambuf_iterator<char>(in), {});
-            if (head.size() > 13 && head[13] == 'B')
-                found = path;
-        }
-        closedir(dir);
-    }
-    return found;
+    for (const std::string& name : QorFolderContent(folder))
+        if (QorReadFile(folder + "/" + name).find('B', 13) == 13)
+            return folder + "/" + name;
+    return "";
 }
 
 } // namespace

@@ -16,9 +16,7 @@
 
 #include <algorithm>
 #include <csignal>
-#include <dirent.h>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -58,24 +56,6 @@ std::vector<std::string> UsedUniforms(nvFX::IContainer& container)
     return used;
 }
 
-std::vector<std::string> Entries(const std::string& folder)
-{
-    std::vector<std::string> names;
-    if (DIR* dir = opendir(folder.c_str())) {
-        while (const dirent* entry = readdir(dir))
-            if (entry->d_name[0] != '.')
-                names.push_back(entry->d_name);
-        closedir(dir);
-    }
-    return names;
-}
-
-std::string ReadAll(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 void WriteAll(const std::string& path, const std::string& bytes)
 {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
@@ -100,7 +80,7 @@ protected:
     // The one entry the effect's pass makes.
     std::string OnlyEntry() const
     {
-        const std::vector<std::string> entries = Entries(folder);
+        const std::vector<std::string> entries = QorFolderContent(folder);
         EXPECT_EQ(entries.size(), 1u);
         return entries.empty() ? std::string() : folder + "/" + entries.front();
     }
@@ -118,7 +98,7 @@ TEST_F(ProgramCacheTest, WarmLoadAnswersAsTheColdOneAndDamagedEntriesAreWrittenA
     ASSERT_TRUE(cold.ok) << cold.messages;
     EXPECT_EQ(UsedUniforms(*cold.container), used);
     const std::string entry = OnlyEntry();
-    const std::string good = ReadAll(entry);
+    const std::string good = QorReadFile(entry);
 
     NvFXTest::Loaded warm = Load(kEffect);
     ASSERT_TRUE(warm.ok) << warm.messages;
@@ -158,7 +138,7 @@ TEST_F(ProgramCacheTest, WarmLoadAnswersAsTheColdOneAndDamagedEntriesAreWrittenA
         ASSERT_TRUE(again.ok) << again.messages;
         EXPECT_NE(again.messages.find(why), std::string::npos) << again.messages;
         EXPECT_EQ(UsedUniforms(*again.container), used);
-        EXPECT_EQ(ReadAll(entry), good) << why;
+        EXPECT_EQ(QorReadFile(entry), good) << why;
     }
 }
 
@@ -169,13 +149,13 @@ TEST_F(ProgramCacheTest, AChangedIncludeMakesANewEntry)
     NvFXTest::Loaded changed = Load(kEffect);
     ASSERT_TRUE(changed.ok) << changed.messages;
     EXPECT_EQ(UsedUniforms(*changed.container), (std::vector<std::string>{"Offset", "Unused"}));
-    EXPECT_EQ(Entries(folder).size(), 2u);
+    EXPECT_EQ(QorFolderContent(folder).size(), 2u);
 
     // A pass that does not compile is never stored: its messages come every time.
     g_include = "GLSLShader { float Shade() { return Missing; } }\n";
     for (int load = 0; load < 2; ++load)
         EXPECT_NE(Load(kEffect).messages.find("Missing"), std::string::npos);
-    EXPECT_EQ(Entries(folder).size(), 2u);
+    EXPECT_EQ(QorFolderContent(folder).size(), 2u);
 }
 
 TEST_F(ProgramCacheTest, AFolderOthersMayWriteToIsRefused)
@@ -187,7 +167,7 @@ TEST_F(ProgramCacheTest, AFolderOthersMayWriteToIsRefused)
     EXPECT_FALSE(nvFX::setCacheFolder(open.c_str()));
     EXPECT_NE(capture.text().find("others can write to it"), std::string::npos) << capture.text();
     ASSERT_TRUE(Load(kEffect).ok);
-    EXPECT_TRUE(Entries(open).empty());
+    EXPECT_TRUE(QorFolderContent(open).empty());
 
     const std::string file = temp.Write("plain", "x");
     EXPECT_FALSE(nvFX::setCacheFolder(file.c_str()));
@@ -208,7 +188,7 @@ TEST_F(ProgramCacheTest, AWriteThatFailsLeavesNoFileAndTheLoadGoesOn)
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    EXPECT_TRUE(Entries(folder).empty());
+    EXPECT_TRUE(QorFolderContent(folder).empty());
 }
 
 TEST_F(ProgramCacheTest, TwoProcessesFillingOneFolderBothLoad)

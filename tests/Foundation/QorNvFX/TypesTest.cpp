@@ -1,5 +1,5 @@
 // Every uniform type GLSL 4.x has: declared, compiled, reflected as used, answering its
-// code and components, and taking defaults in its range.
+// code and components, and taking defaults as written, in its range.
 #include "NvFXTestSupport.h"
 
 #include "nvFX/IUniformEx.h"
@@ -23,6 +23,18 @@ struct TypeCase
 };
 
 const TypeCase kTypes[] = {
+    {"int", IUniform::TInt, 1, "float($)"},           {"ivec2", IUniform::TInt2, 2, "float($.y)"},
+    {"ivec3", IUniform::TInt3, 3, "float($.z)"},      {"ivec4", IUniform::TInt4, 4, "float($.w)"},
+    {"bool", IUniform::TBool, 1, "float($)"},         {"bvec2", IUniform::TBool2, 2, "float($.y)"},
+    {"bvec3", IUniform::TBool3, 3, "float($.z)"},     {"bvec4", IUniform::TBool4, 4, "float($.w)"},
+    {"float", IUniform::TFloat, 1, "$"},              {"vec2", IUniform::TVec2, 2, "$.y"},
+    {"vec3", IUniform::TVec3, 3, "$.z"},              {"vec4", IUniform::TVec4, 4, "$.w"},
+    {"mat2", IUniform::TMat2, 4, "$[1][1]"},          {"mat3", IUniform::TMat3, 9, "$[2][2]"},
+    {"mat4", IUniform::TMat4, 16, "$[3][3]"},         {"sampler1D", IUniform::TSampler1D, 1, "float(textureSize($, 0))"},
+    {"sampler2D", IUniform::TSampler2D, 1, "float(textureSize($, 0).x)"},
+    {"sampler2DRect", IUniform::TSampler2DRect, 1, "float(textureSize($).x)"},
+    {"sampler3D", IUniform::TSampler3D, 1, "float(textureSize($, 0).x)"},
+    {"samplerCube", IUniform::TSamplerCube, 1, "float(textureSize($, 0).x)"},
     {"uint", IUniform::TUInt, 1, "float($)"},
     {"uvec2", IUniform::TUInt2, 2, "float($.y)"},
     {"uvec3", IUniform::TUInt3, 3, "float($.z)"},
@@ -114,6 +126,8 @@ TEST(TypesTest, EveryGlsl4TypeIsDeclaredUsedAndAnswersItsCode)
         EXPECT_EQ(uniform->getType(), type.code);
         EXPECT_EQ(uniform->getExInterface()->getComponentCount(), type.components);
         EXPECT_TRUE(uniform->isUsedBy(IUniform::TargetGLSL)) << "glslang's reflection lists it";
+        EXPECT_EQ(uniform->getArraySize(), 0);
+        EXPECT_STREQ(uniform->getSemantic(), "");
     }
 }
 
@@ -122,15 +136,28 @@ TEST(TypesTest, DefaultsAreKeptInTheirTypesRange)
     const NvFXTest::Loaded loaded = Load("uniform uvec2 big = {4294967295, 7};\n"
                                          "uniform dvec2 precise = {0.25, -1e30};\n"
                                          "uniform mat2x3 skew = {1, 2, 3, 4, 5, 6};\n"
-                                         "uniform int low = -2147483648;\n");
+                                         "uniform int low = -2147483648;\n"
+                                         "uniform ivec4 four = {1, 2, 3, 4};\n"
+                                         "uniform bool yes = true;\n"
+                                         "uniform bvec2 pair = {false, true};\n"
+                                         "uniform float gain = 2.5f;\n"
+                                         "uniform vec2 signs = {-1.5e1, +.5};\n"
+                                         "uniform vec3 none;\n");
     ASSERT_TRUE(loaded.ok) << loaded.messages;
-    std::vector<float> values(6);
-    EXPECT_TRUE(loaded.container->findUniform("big")->getValuefv(values.data(), 2));
-    EXPECT_EQ(values[0], 4294967295.0f);
-    EXPECT_TRUE(loaded.container->findUniform("precise")->getValuefv(values.data(), 2));
-    EXPECT_EQ(values[1], -1e30f);
-    EXPECT_TRUE(loaded.container->findUniform("skew")->getValuefv(values.data(), 6));
-    EXPECT_EQ(values, (std::vector<float>{1, 2, 3, 4, 5, 6}));
+    const struct
+    {
+        const char* name;
+        std::vector<float> expected;
+    } defaults[] = {{"big", {4294967295.0f, 7}}, {"precise", {0.25f, -1e30f}}, {"skew", {1, 2, 3, 4, 5, 6}},
+                    {"low", {-2147483648.0f}},   {"four", {1, 2, 3, 4}},       {"yes", {1}},
+                    {"pair", {0, 1}},            {"gain", {2.5f}},             {"signs", {-15.0f, 0.5f}},
+                    {"none", {0, 0, 0}}};
+    for (const auto& d : defaults) {
+        std::vector<float> values(d.expected.size(), 99.0f);
+        EXPECT_TRUE(loaded.container->findUniform(d.name)->getValuefv(values.data(), static_cast<int>(values.size())));
+        EXPECT_EQ(values, d.expected) << d.name;
+    }
+    std::vector<float> values(2);
     const int ints[] = {1, 2};
     EXPECT_TRUE(loaded.container->findUniform("big")->setValueiv(ints, 2)) << "unsigned ints are set as ints";
     EXPECT_TRUE(loaded.container->findUniform("precise")->setValuefv(values.data(), 2)) << "doubles as floats";

@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 using NvFXTest::Load;
@@ -29,39 +31,18 @@ GLSLShader VS { void main() { gl_Position = gl_Vertex; } }
 Technique T { Pass P { VertexProgram = VS; } }
 )";
 
-enum Setter
-{
-    One,
-    Three,
-    Four,
-    FloatsOf3,
-    Matrix,
-    IntsOf2,
-    Unit,
+// Each setter with a value of the count it takes.
+const float kFloats[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+const int kInts[2] = {5, 0};
+const std::pair<const char*, bool (*)(nvFX::IUniform&)> kSetters[] = {
+    {"setValue1f", [](nvFX::IUniform& u) { return u.setValue1f(1.5f); }},
+    {"setValue3f", [](nvFX::IUniform& u) { return u.setValue3f(1, 2, 3); }},
+    {"setValue4f", [](nvFX::IUniform& u) { return u.setValue4f(1, 2, 3, 4); }},
+    {"setValuefv", [](nvFX::IUniform& u) { return u.setValuefv(kFloats, 3); }},
+    {"setMatrix4f", [](nvFX::IUniform& u) { return u.setMatrix4f(kFloats); }},
+    {"setValueiv", [](nvFX::IUniform& u) { return u.setValueiv(kInts, 2); }},
+    {"setSamplerUnit", [](nvFX::IUniform& u) { return u.setSamplerUnit(3); }},
 };
-
-bool Apply(nvFX::IUniform& uniform, Setter setter)
-{
-    static const float floats[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-    static const int ints[2] = {5, 0};
-    switch (setter) {
-    case One:
-        return uniform.setValue1f(1.5f);
-    case Three:
-        return uniform.setValue3f(1, 2, 3);
-    case Four:
-        return uniform.setValue4f(1, 2, 3, 4);
-    case FloatsOf3:
-        return uniform.setValuefv(floats, 3);
-    case Matrix:
-        return uniform.setMatrix4f(floats);
-    case IntsOf2:
-        return uniform.setValueiv(ints, 2);
-    case Unit:
-        return uniform.setSamplerUnit(3);
-    }
-    return false;
-}
 
 } // namespace
 
@@ -72,27 +53,25 @@ TEST(UniformTest, EachSetterTakesOnlyTheTypesItFits)
     const struct
     {
         const char* uniform;
-        std::vector<Setter> accepted;
+        std::vector<std::string> accepted;
     } cases[] = {
-        {"f", {One}},
-        {"v3", {Three, FloatsOf3}},
-        {"v4", {Four, FloatsOf3}},
-        {"m4", {FloatsOf3, Matrix}},
-        {"m3", {FloatsOf3}},
+        {"f", {"setValue1f"}},
+        {"v3", {"setValue3f", "setValuefv"}},
+        {"v4", {"setValue4f", "setValuefv"}},
+        {"m4", {"setValuefv", "setMatrix4f"}},
+        {"m3", {"setValuefv"}},
         {"i", {}},
-        {"b2", {IntsOf2}},
-        {"s2", {Unit}},
-        {"sc", {Unit}},
+        {"b2", {"setValueiv"}},
+        {"s2", {"setSamplerUnit"}},
+        {"sc", {"setSamplerUnit"}},
     };
     for (const auto& c : cases) {
         nvFX::IUniform* uniform = loaded.container->findUniform(c.uniform);
         ASSERT_NE(uniform, nullptr) << c.uniform;
-        for (Setter setter : {One, Three, Four, FloatsOf3, Matrix, IntsOf2, Unit}) {
-            bool expected = false;
-            for (Setter accepted : c.accepted)
-                expected = expected || accepted == setter;
+        for (const auto& [name, apply] : kSetters) {
+            const bool expected = std::find(c.accepted.begin(), c.accepted.end(), name) != c.accepted.end();
             NvFXTest::MessageCapture capture;
-            EXPECT_EQ(Apply(*uniform, setter), expected) << c.uniform << ", setter " << setter;
+            EXPECT_EQ(apply(*uniform), expected) << c.uniform << ", " << name;
             EXPECT_EQ(capture.text().empty(), expected) << capture.text();
         }
     }
