@@ -38,7 +38,7 @@ std::vector<std::string> UserParameterNames(QorShaderParameters* parameters)
 
 } // namespace
 
-TEST(QorShaderEffectBindingTest, LightSlotsComeFromTheNamesLastDigit)
+TEST(QorShaderEffectBindingTest, LightSlotsComeFromTheNamesLastDigitAndATypedLightEndsTheWalk)
 {
     BufferEffect lit(R"(
 float4 lightColor3 : LightColor;
@@ -60,10 +60,8 @@ technique t { pass p {} }
     for (int slot = 0; slot < 8; ++slot)
         EXPECT_NE(effect.GetLight(slot).color, lit.Named("lightColor9")) << "a name ending in 9 binds nothing";
     EXPECT_TRUE(UserParameterNames(lit.parameters).empty()) << "light semantics are never user values";
-}
 
-TEST(QorShaderEffectBindingTest, TypedLightEndsTheWalk)
-{
+    // A light with a type annotation ends the binding walk.
     BufferEffect typed(R"(
 float4x4 before : World;
 float3 spotPos1 : LIGHTPOS < string type = "LIGHTSPOT"; >;
@@ -73,12 +71,12 @@ float NeedTandB = 2.7;
 technique t { pass p {} }
 )");
     ASSERT_NE(typed.parameters, nullptr);
-    QorShaderEffect& effect = *typed.effect;
-    EXPECT_EQ(effect.GetFeedParameter(QorFeedWorld), typed.Named("before"));
-    EXPECT_EQ(effect.GetLight(1).lightType, unsigned(QorLightSpot));
-    EXPECT_EQ(effect.GetFeedParameter(QorFeedView), nullptr) << "bound after the typed light: never";
-    EXPECT_EQ(effect.GetFeedParameter(QorFeedDiffuse), nullptr);
-    EXPECT_EQ(effect.NeedTanBin(), 2);
+    QorShaderEffect& walked = *typed.effect;
+    EXPECT_EQ(walked.GetFeedParameter(QorFeedWorld), typed.Named("before"));
+    EXPECT_EQ(walked.GetLight(1).lightType, unsigned(QorLightSpot));
+    EXPECT_EQ(walked.GetFeedParameter(QorFeedView), nullptr) << "bound after the typed light: never";
+    EXPECT_EQ(walked.GetFeedParameter(QorFeedDiffuse), nullptr);
+    EXPECT_EQ(walked.NeedTanBin(), 2);
     EXPECT_EQ(UserParameterNames(typed.parameters), std::vector<std::string>{"diffuse"})
         << "the parameter set is still built from every parameter";
 }
@@ -108,37 +106,26 @@ technique t { pass p {} }
                                                                    "count", "wood", "bare", "label", "ranged"}));
     QorShaderEffect& effect = *mixed.effect;
     EXPECT_EQ(effect.GetFeedParameter(QorFeedAmbient), mixed.Named("ambient")) << "bound and visible";
-    float values[4] = {};
-    set.GetColorValue(set.GetParameterIndex("ambient"), values, 0);
-    EXPECT_FLOAT_EQ(values[3], 0.4f);
     EXPECT_EQ(set.GetParameterType(set.GetParameterIndex("uv")), 5);
-    float enabled = 0;
-    set.GetFloatValue(set.GetParameterIndex("enabled"), &enabled, 0);
-    EXPECT_EQ(enabled, 1.0f);
-    float count = 0;
-    set.GetFloatValue(set.GetParameterIndex("count"), &count, 0);
-    EXPECT_EQ(count, 3.0f);
-    char* file = nullptr;
-    set.GetTextureValue(set.GetParameterIndex("wood"), &file, 0);
-    EXPECT_STREQ(file, "wood.dds");
-    set.GetTextureValue(set.GetParameterIndex("bare"), &file, 0);
-    EXPECT_EQ(file, nullptr);
-    set.GetTextureValue(set.GetParameterIndex("label"), &file, 0);
-    EXPECT_STREQ(file, "fallback.png");
+    const std::pair<const char*, float> numbers[] = {{"ambient", 0.1f}, {"enabled", 1}, {"count", 3}};
+    for (const auto& [name, first] : numbers)
+        EXPECT_FLOAT_EQ(set.ValueAt(set.GetParameterIndex(name))->Components()[0], first) << name;
+    const std::pair<const char*, const char*> files[] = {{"wood", "wood.dds"}, {"bare", nullptr}, {"label", "fallback.png"}};
+    for (const auto& [name, expected] : files) {
+        char* file = nullptr;
+        set.GetTextureValue(set.GetParameterIndex(name), &file, 0);
+        EXPECT_STREQ(file, expected) << name;
+    }
 
     float min = 0, max = 0, step = 0;
-    effect.getParameterFloatMinMaxStep(mixed.Named("ranged"), min, max, step, nullptr, nullptr);
+    char* widget = const_cast<char*>("kept");
+    effect.getParameterFloatMinMaxStep(mixed.Named("ranged"), min, max, step, &widget, nullptr);
     EXPECT_EQ(min, 2.0f) << "UIMin wins over min";
     EXPECT_EQ(max, 8.0f);
     EXPECT_FLOAT_EQ(step, 0.1f);
-    EXPECT_EQ(effect.getParameterFloatMinMaxStep(mixed.Named("enabled"), min, max, step, nullptr, nullptr), 1);
-    EXPECT_EQ(min, 0.0f);
-    EXPECT_EQ(max, 1.0f);
-    EXPECT_EQ(step, 1.0f);
-    char* widget = const_cast<char*>("kept");
-    effect.getParameterFloatMinMaxStep(mixed.Named("ranged"), min, max, step, &widget, nullptr);
     EXPECT_STREQ(widget, "kept");
-
+    EXPECT_EQ(effect.getParameterFloatMinMaxStep(mixed.Named("enabled"), min, max, step, nullptr, nullptr), 1);
+    EXPECT_EQ(std::vector<float>({min, max, step}), std::vector<float>({0, 1, 1})) << "a bool";
 }
 
 TEST(QorShaderEffectBindingTest, InterfacesByAnnotationAndByName)

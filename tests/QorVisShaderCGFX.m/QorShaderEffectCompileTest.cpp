@@ -98,7 +98,7 @@ TEST_F(QorShaderEffectCompileTest, CompileErrorsGoToTheErrorFile)
     EXPECT_EQ(QorReadFile(tempWithPercent + "/QorCGFX_Errors.txt"), "");
 }
 
-TEST_F(QorShaderEffectCompileTest, OnlyIncludeCyclesThePreprocessorReachesAreRefused)
+TEST_F(QorShaderEffectCompileTest, OnlyIncludeCyclesThePreprocessorReachesAreRefusedAndIncludeErrorsNameTheirFile)
 {
     QorTempDir temp, shaders;
     QorScopedEnv tempPath("QorTemp", temp.Path().c_str());
@@ -137,18 +137,17 @@ TEST_F(QorShaderEffectCompileTest, OnlyIncludeCyclesThePreprocessorReachesAreRef
     const std::string errors = pingPong.effect->GetCompileErrors().c_str();
     EXPECT_NE(errors.find("include cycle: /ping.fxh -> /pong.fxh -> /ping.fxh"), std::string::npos) << errors;
     EXPECT_EQ(QorReadFile(temp.File("QorCGFX_Errors.txt")), errors) << "the error file says the same";
-    for (const char* name : {"ping.fxh", "pong.fxh"})
-        includes.RemoveInclude(QorString(name));
-}
 
-TEST_F(QorShaderEffectCompileTest, CompileErrorsInIncludesNameTheInclude)
-{
-    QorShaderIncludeManager::Instance().AddInclude(QorString("faulty.fxh"), "float ok;\nfloat4 Faulty() { return 1 +; }\n");
-    CompiledEffect effect;
-    EXPECT_EQ(effect.FromBuffer("#include \"faulty.fxh\"\ntechnique t { pass p {} }"), nullptr);
-    EXPECT_NE(std::string(effect.effect->GetCompileErrors().c_str()).find("/faulty.fxh(2)"), std::string::npos)
-        << effect.effect->GetCompileErrors().c_str();
-    QorShaderIncludeManager::Instance().RemoveInclude(QorString("faulty.fxh"));
+    // Compile errors in an include name it and its line.
+    includes.AddInclude(QorString("faulty.fxh"), "float ok;\nfloat4 Faulty() { return 1 +; }\n");
+    CompiledEffect faulty;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(faulty.FromBuffer("#include \"faulty.fxh\"\ntechnique t { pass p {} }"), nullptr);
+    testing::internal::GetCapturedStdout();
+    EXPECT_NE(std::string(faulty.effect->GetCompileErrors().c_str()).find("/faulty.fxh(2)"), std::string::npos)
+        << faulty.effect->GetCompileErrors().c_str();
+    for (const char* name : {"ping.fxh", "pong.fxh", "faulty.fxh"})
+        includes.RemoveInclude(QorString(name));
 }
 
 TEST_F(QorShaderEffectCompileTest, TokensLongerThanTheCgRuntimeTakesAreRefusedBeforeItSeesThem)

@@ -25,16 +25,7 @@ std::string Sample(const char* relative)
     return std::string(QOR_SAMPLES_DIR) + "/" + relative;
 }
 
-class QorShaderEffectGLTest : public testing::Test
-{
-protected:
-    void SetUp() override { ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError(); }
-    // Textures handed back by the materials go, with their GL names, while the context lives.
-    void TearDown() override { QorShaderManager::CleanShaderTextureToDestroyList(); }
-
-    QorScopedEnv m_graphic{"QorGraphicPath", QOR_SAMPLES_DIR};
-    QorGLContext m_context;
-};
+using ShaderPtr = std::unique_ptr<QorIShader, void (*)(QorIShader*)>;
 
 std::array<int, 4> PixelAt(const std::vector<unsigned char>& pixels, int x, int y)
 {
@@ -42,10 +33,21 @@ std::array<int, 4> PixelAt(const std::vector<unsigned char>& pixels, int x, int 
     return {p[0], p[1], p[2], p[3]};
 }
 
-void SetMatrix(QorShaderEffect& effect, QorFeed which, const Qor4x4Matrix& matrix)
+// A texture of one white texel on each face: a 2D map or a cube map.
+GLuint WhiteTexture(GLenum target)
 {
-    if (const CGparameter parameter = effect.GetFeedParameter(which))
-        cgSetMatrixParameterfr(parameter, matrix.Data());
+    const unsigned char white[4] = {255, 255, 255, 255};
+    GLuint id = 0;
+    glGenTextures(1, &id);
+    glBindTexture(target, id);
+    const bool cube = target == GL_TEXTURE_CUBE_MAP;
+    for (int face = 0; face < (cube ? 6 : 1); ++face)
+        glTexImage2D(cube ? GL_TEXTURE_CUBE_MAP_POSITIVE_X + face : target, 0, GL_RGBA8, 1, 1, 0, GL_RGBA,
+                     GL_UNSIGNED_BYTE, white);
+    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glBindTexture(target, 0);
+    return id;
 }
 
 // A quad filling the viewport at z = 0, facing +z.
@@ -67,74 +69,71 @@ void DrawWithCurrentTechnique(QorShaderEffect& effect)
     glFinish();
 }
 
-// A texture of one white texel on each face: a 2D map or a cube map.
-class WhiteTexture
+class QorShaderEffectGLTest : public testing::Test
 {
-public:
-    explicit WhiteTexture(GLenum target)
+protected:
+    void SetUp() override
     {
-        const unsigned char white[4] = {255, 255, 255, 255};
-        glGenTextures(1, &m_id);
-        glBindTexture(target, m_id);
-        if (target == GL_TEXTURE_CUBE_MAP) {
-            for (int face = 0; face < 6; ++face)
-                glTexImage2D(GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, 0, GL_RGBA8, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                             white);
-        } else {
-            glTexImage2D(target, 0, GL_RGBA8, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, white);
-        }
-        glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-        glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-        glBindTexture(target, 0);
+        ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError();
+        m_textures[0] = WhiteTexture(GL_TEXTURE_2D);
+        m_textures[1] = WhiteTexture(GL_TEXTURE_CUBE_MAP);
     }
-    ~WhiteTexture() { glDeleteTextures(1, &m_id); }
-    WhiteTexture(const WhiteTexture&) = delete;
-    WhiteTexture& operator=(const WhiteTexture&) = delete;
-    GLuint Id() const { return m_id; }
+    // Textures handed back by the materials go, with their GL names, while the context lives.
+    void TearDown() override
+    {
+        QorShaderManager::CleanShaderTextureToDestroyList();
+        if (m_textures[0])
+            glDeleteTextures(2, m_textures);
+    }
 
-private:
-    GLuint m_id = 0;
+    static ShaderPtr Load(const std::string& sample)
+    {
+        ShaderPtr shader(QorCreateCgFXShader(), [](QorIShader* s) { s->Destroy(); });
+        shader->SetFileName(QorString(Sample(("materials/" + sample + ".cgfx").c_str()).c_str()));
+        return shader;
+    }
+
+    // Feeds what a renderer would: identity matrices with the eye at z = 2, a white point
+    // light in front of the quad, a grey cube environment of the white cube, and the white
+    // map for every texture parameter.
+    void FeedTheScene(QorIShader& shader, QorShaderEffect& effect) const
+    {
+        Qor4x4Matrix identity;
+        Qor4x4Matrix viewInverse;
+        viewInverse.At(2, 3) = 2;
+        for (int which = QorFeedProjection; which <= QorFeedViewInverse; ++which)
+            if (const CGparameter parameter = effect.GetFeedParameter(static_cast<QorFeed>(which)))
+                cgSetMatrixParameterfr(parameter, (which == QorFeedViewInverse ? viewInverse : identity).Data());
+        const QorShaderLight& light = effect.GetLight(0);
+        if (light.position)
+            cgSetParameter3f(light.position, 0, 0, 2);
+        if (light.color)
+            cgSetParameter4f(light.color, 1, 1, 1, 1);
+        if (light.axialFalloffConstant)
+            cgSetParameter1f(light.axialFalloffConstant, 1);
+        if (const CGparameter ambient = effect.GetEnvironmentMember(0))
+            cgSetParameter4f(ambient, 0.3f, 0.3f, 0.3f, 1);
+        for (int member : {1, 2})
+            if (const CGparameter sampler = effect.GetEnvironmentMember(member))
+                cgGLSetTextureParameter(sampler, m_textures[1]);
+        for (int index = 1; index < shader.GetNbParameters(); ++index)
+            if (shader.GetParameterType(index) == 4)
+                cgGLSetTextureParameter(effect.GetUserParameter(index), m_textures[0]);
+    }
+
+    QorScopedEnv m_graphic{"QorGraphicPath", QOR_SAMPLES_DIR};
+    QorGLContext m_context;
+    GLuint m_textures[2] = {0, 0}; ///< white 2D, white cube
 };
-
-// Feeds what a renderer would: identity matrices with the eye at z = 2, a white point
-// light in front of the quad, a grey cube environment of `sky`, and `map` for every
-// texture parameter.
-void FeedTheScene(QorIShader& shader, QorShaderEffect& effect, const WhiteTexture& map, const WhiteTexture& sky)
-{
-    Qor4x4Matrix identity;
-    Qor4x4Matrix viewInverse;
-    viewInverse.At(2, 3) = 2;
-    for (int which = QorFeedProjection; which <= QorFeedViewInverse; ++which)
-        SetMatrix(effect, static_cast<QorFeed>(which),
-                  which == QorFeedViewInverse ? viewInverse : identity);
-    const QorShaderLight& light = effect.GetLight(0);
-    if (light.position)
-        cgSetParameter3f(light.position, 0, 0, 2);
-    if (light.color)
-        cgSetParameter4f(light.color, 1, 1, 1, 1);
-    if (light.axialFalloffConstant)
-        cgSetParameter1f(light.axialFalloffConstant, 1);
-    if (const CGparameter ambient = effect.GetEnvironmentMember(0))
-        cgSetParameter4f(ambient, 0.3f, 0.3f, 0.3f, 1);
-    for (int member : {1, 2})
-        if (const CGparameter sampler = effect.GetEnvironmentMember(member))
-            cgGLSetTextureParameter(sampler, sky.Id());
-    for (int index = 1; index < shader.GetNbParameters(); ++index)
-        if (shader.GetParameterType(index) == 4)
-            cgGLSetTextureParameter(effect.GetUserParameter(index), map.Id());
-}
 
 } // namespace
 
 TEST_F(QorShaderEffectGLTest, EveryTechniqueOfEverySampleThatValidatesDrawsItsMaterial)
 {
     QorRegistryGuard guard; // the textured sample registers its texture
-    const WhiteTexture map(GL_TEXTURE_2D), sky(GL_TEXTURE_CUBE_MAP);
     int drawn = 0;
     for (const char* sample : {"plastic", "brushed_metal", "textured", "chrome", "toon"}) {
-        std::unique_ptr<QorIShader, void (*)(QorIShader*)> shader(QorCreateCgFXShader(),
-                                                                  [](QorIShader* s) { s->Destroy(); });
-        shader->SetFileName(QorString(Sample((std::string("materials/") + sample + ".cgfx").c_str()).c_str()));
+        ShaderPtr shader = Load(sample);
         ASSERT_TRUE(shader->GenerateParameters()) << sample;
         auto& effect = static_cast<QorShaderEffect&>(*shader->GetIShaderEffect());
         ASSERT_TRUE(shader->UpdateLightModel(QorLightPoint));
@@ -149,7 +148,7 @@ TEST_F(QorShaderEffectGLTest, EveryTechniqueOfEverySampleThatValidatesDrawsItsMa
             if (!effect.ValidateTechnique() || effect.GetCurrentTechnique() != technique)
                 continue; // a technique this driver cannot run
             effect.UploadCurrentParameters(false);
-            FeedTheScene(*shader, effect, map, sky);
+            FeedTheScene(*shader, effect);
             DrawWithCurrentTechnique(effect);
             const auto centre = PixelAt(m_context.ReadPixels(), kSize / 2, kSize / 2);
             EXPECT_GT(centre[0] + centre[1] + centre[2], 60) << sample << " " << name << " draws nothing";
@@ -190,52 +189,31 @@ technique b { pass p { FragmentProgram = compile gp4fp main2(); } }
 
 TEST_F(QorShaderEffectGLTest, LitPlasticShowsItsDiffuseColourWhereTheLightHits)
 {
-    std::unique_ptr<QorIShader, void (*)(QorIShader*)> shader(QorCreateCgFXShader(),
-                                                              [](QorIShader* s) { s->Destroy(); });
-    shader->SetFileName(QorString(Sample("materials/plastic.cgfx").c_str()));
+    ShaderPtr shader = Load("plastic");
     ASSERT_TRUE(shader->GenerateParameters());
     auto& effect = static_cast<QorShaderEffect&>(*shader->GetIShaderEffect());
 
-    // One white spot light above the centre with a narrow cone: the centre is lit, the
-    // corners are not.
+    // One white spot light above the centre with a narrow cone and no ambient light: the
+    // centre is lit, the corners are not.
     ASSERT_TRUE(shader->UpdateLightModel(QorLightSpot));
+    effect.ForceCompile();
+    ASSERT_EQ(effect.ValidateTechnique(), 1);
+    shader->SetParameterColor(shader->GetParameterIndex("Diffuse"), 1, 0, 0, 1);
+    shader->SetParameterColor(shader->GetParameterIndex("Specular"), 0, 0, 0, 1);
+    shader->SetCurrentParameters();
+    effect.UploadCurrentParameters(false);
+    FeedTheScene(*shader, effect);
+    cgSetParameter4f(effect.GetEnvironmentMember(0), 0, 0, 0, 1);
     const QorShaderLight& spot = effect.GetLight(0);
     cgSetParameter3f(spot.position, 0, 0, 1);
     cgSetParameter3f(spot.direction, 0, 0, -1);
-    cgSetParameter4f(spot.color, 1, 1, 1, 1);
     cgSetParameter1f(spot.radialInnerCone, 0.95f);
     cgSetParameter1f(spot.radialOuterCone, 0.9f);
     cgSetParameter1f(spot.radialFalloffExponent, 0);
-    effect.ForceCompile();
-    ASSERT_EQ(effect.ValidateTechnique(), 1);
-
-    Qor4x4Matrix identity;
-    Qor4x4Matrix viewInverse;
-    viewInverse.At(2, 3) = 2; // the eye sits at z = 2
-    for (QorFeed which : {QorFeedWorldViewProjection, QorFeedWorld, QorFeedWorldInverseTranspose})
-        SetMatrix(effect, which, identity);
-    SetMatrix(effect, QorFeedViewInverse, viewInverse);
-
-    const int diffuse = shader->GetParameterIndex("Diffuse");
-    const int specular = shader->GetParameterIndex("Specular");
-    shader->SetParameterColor(diffuse, 1, 0, 0, 1);
-    shader->SetParameterColor(specular, 0, 0, 0, 1);
-    shader->SetCurrentParameters();
-    effect.UploadCurrentParameters(false);
     DrawWithCurrentTechnique(effect);
-    std::vector<unsigned char> pixels = m_context.ReadPixels();
+    const std::vector<unsigned char> pixels = m_context.ReadPixels();
     const auto centre = PixelAt(pixels, kSize / 2, kSize / 2);
     EXPECT_GE(centre[0], 240);
-    EXPECT_LE(centre[1], 10);
-    EXPECT_LE(centre[2], 10);
+    EXPECT_LE(centre[1] + centre[2], 20);
     EXPECT_EQ(PixelAt(pixels, 1, 1), (std::array<int, 4>{0, 0, 0, 255})) << "the corner is outside the cone";
-
-    // A new value through the shader object changes what is drawn; unchanged values are skipped.
-    shader->SetParameterColor(diffuse, 0, 1, 0, 1);
-    effect.UploadCurrentParameters(true);
-    DrawWithCurrentTechnique(effect);
-    pixels = m_context.ReadPixels();
-    const auto green = PixelAt(pixels, kSize / 2, kSize / 2);
-    EXPECT_LE(green[0], 10);
-    EXPECT_GE(green[1], 240);
 }

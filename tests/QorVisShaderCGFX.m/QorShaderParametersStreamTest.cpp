@@ -35,7 +35,8 @@ std::vector<unsigned char> Ints(std::initializer_list<int> values, std::initiali
 
 } // namespace
 
-TEST(QorShaderParametersStreamTest, ValuesRoundTripWithTheirTokensButWithoutHandles)
+// What the CgFX set writes; reading these records is checked on both roads in the shared suite.
+TEST(QorShaderParametersStreamTest, ValuesAreWrittenWithTheirTypesAndTokens)
 {
     QorRegistryGuard registry;
     QorStreamer empty;
@@ -51,6 +52,7 @@ TEST(QorShaderParametersStreamTest, ValuesRoundTripWithTheirTokensButWithoutHand
     // four floats whatever their count.
     int number = 0;
     stream.ReadInt(number);
+    EXPECT_EQ(number, 4);
     for (char* name = nullptr; number-- > 0; delete[] name)
         stream.ReadString(name);
     stream.ReadInt(number);
@@ -68,20 +70,6 @@ TEST(QorShaderParametersStreamTest, ValuesRoundTripWithTheirTokensButWithoutHand
         }
     }
     EXPECT_EQ(stream.GetRemainingSize(), 0u);
-
-    QorShaderParameters read;
-    stream.Rewind();
-    read.UnStream(stream);
-    ASSERT_EQ(Names(read), Names(set));
-    for (int i = 1; i <= 4; ++i) {
-        EXPECT_EQ(read.GetParameterType(i), types[i - 1]);
-        EXPECT_EQ(read.GetCgParameter(i), nullptr) << "a streamed token never becomes a handle";
-        float expected[4] = {};
-        float actual[4] = {};
-        set.GetColorValue(i, expected, 0);
-        EXPECT_EQ(read.GetColorValue(i, actual, 1), 1) << "read values count as modified";
-        EXPECT_EQ(std::memcmp(expected, actual, sizeof expected), 0) << i;
-    }
 }
 
 TEST(QorShaderParametersStreamTest, TruncatedAndCorruptStreamsLeaveTheSetUsable)

@@ -21,14 +21,13 @@ TEST(QorShaderParametersTest, CopiesShareTheCgHandlesAndCopyTheInterfaces)
         cg.Fill(source);
         source.SetInterface("light", cg.InstanceRecord());
         source.SetInterfaceTexture("light", "tex", "member.png", 0);
-        const char* names[] = {"gloss", "tint", "scale", "rgb", "diffuse", "bump"};
-        for (int i = 1; i <= 6; ++i)
-            EXPECT_EQ(source.GetCgParameter(i), cg.Parameter(names[i - 1]));
-
         QorShaderParameters copy(source);
         EXPECT_EQ(QorTextureCount("member.png"), 3u);
-        for (int i = 1; i <= 6; ++i)
-            EXPECT_EQ(copy.GetCgParameter(i), source.GetCgParameter(i));
+        const char* names[] = {"gloss", "tint", "scale", "rgb", "diffuse", "bump"};
+        for (int i = 1; i <= 6; ++i) {
+            EXPECT_EQ(source.GetCgParameter(i), cg.Parameter(names[i - 1]));
+            EXPECT_EQ(copy.GetCgParameter(i), cg.Parameter(names[i - 1]));
+        }
         EXPECT_STREQ(copy.GetInterfaceMemberName(0, 4), "tex");
         EXPECT_EQ(copy.GetInterfaceMemberHandle(0, 1), source.GetInterfaceMemberHandle(0, 1));
         copy.SetInterfaceFloat("light", "intensity", 4.0f);

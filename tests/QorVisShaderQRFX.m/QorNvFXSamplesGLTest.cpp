@@ -34,29 +34,20 @@ struct ShaderDestroy
 using Shader = std::unique_ptr<QorIShader, ShaderDestroy>;
 
 // A texture of one texel of `rgba` on each face: a 2D map or a cube map.
-class PlainTexture
+GLuint PlainTexture(GLenum target, std::array<unsigned char, 4> rgba)
 {
-public:
-    PlainTexture(GLenum target, std::array<unsigned char, 4> rgba)
-    {
-        glGenTextures(1, &m_id);
-        glBindTexture(target, m_id);
-        const bool cube = target == GL_TEXTURE_CUBE_MAP;
-        for (int face = 0; face < (cube ? 6 : 1); ++face)
-            glTexImage2D(cube ? GL_TEXTURE_CUBE_MAP_POSITIVE_X + face : target, 0, GL_RGBA8, 1, 1, 0, GL_RGBA,
-                         GL_UNSIGNED_BYTE, rgba.data());
-        glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-        glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-        glBindTexture(target, 0);
-    }
-    ~PlainTexture() { glDeleteTextures(1, &m_id); }
-    PlainTexture(const PlainTexture&) = delete;
-    PlainTexture& operator=(const PlainTexture&) = delete;
-    GLuint Id() const { return m_id; }
-
-private:
-    GLuint m_id = 0;
-};
+    GLuint id = 0;
+    glGenTextures(1, &id);
+    glBindTexture(target, id);
+    const bool cube = target == GL_TEXTURE_CUBE_MAP;
+    for (int face = 0; face < (cube ? 6 : 1); ++face)
+        glTexImage2D(cube ? GL_TEXTURE_CUBE_MAP_POSITIVE_X + face : target, 0, GL_RGBA8, 1, 1, 0, GL_RGBA,
+                     GL_UNSIGNED_BYTE, rgba.data());
+    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    glBindTexture(target, 0);
+    return id;
+}
 
 struct Light
 {
@@ -69,7 +60,17 @@ struct Light
 class QorNvFXSamplesGLTest : public testing::Test
 {
 protected:
-    void SetUp() override { ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError(); }
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError();
+        m_textures[0] = PlainTexture(GL_TEXTURE_2D, {255, 255, 255, 255});
+        m_textures[1] = PlainTexture(GL_TEXTURE_CUBE_MAP, {255, 0, 0, 255});
+    }
+    void TearDown() override
+    {
+        if (m_textures[0])
+            glDeleteTextures(2, m_textures);
+    }
 
     // A GLSL shader object over the sample, its parameters generated; the include comes
     // from the samples' "shaders" folder.
@@ -97,9 +98,8 @@ protected:
     static QorNvFXEffect& Effect(QorIShader& shader) { return *static_cast<QorNvFXEffect*>(shader.GetIShaderEffect()); }
 
     // What a renderer feeds: identity matrices with the eye at z = 2, `lights`, the
-    // environment colour, and the cube map when `cube` is given.
-    static void Feed(QorNvFXEffect& effect, const std::vector<Light>& lights, std::array<float, 3> ambient,
-                     const PlainTexture* cube)
+    // environment colour, and the red cube map when `cube` is set.
+    void Feed(QorNvFXEffect& effect, const std::vector<Light>& lights, std::array<float, 3> ambient, bool cube = false)
     {
         float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
         for (QorFeed which : {QorFeedWorldViewProjection, QorFeedWorld, QorFeedWorldInverseTranspose})
@@ -108,7 +108,7 @@ protected:
         float viewInverse[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 2, 1}; // columns: translation last
         if (nvFX::IUniform* matrix = effect.GetFeedUniform(QorFeedViewInverse))
             matrix->setMatrix4f(viewInverse);
-        std::vector<float> position, direction, color, constant, inner, outer, exponent;
+        std::vector<float> position, direction, color, constant, inner, outer;
         for (const Light& light : lights) {
             position.insert(position.end(), light.position.begin(), light.position.end());
             direction.insert(direction.end(), light.direction.begin(), light.direction.end());
@@ -116,31 +116,27 @@ protected:
             constant.push_back(1);
             inner.push_back(light.innerCone);
             outer.push_back(light.outerCone);
-            exponent.push_back(1);
         }
-        const std::pair<QorNvFXNamedUniform, const std::vector<float>*> fed[] = {
-            {QorNvFXLightPosition, &position},          {QorNvFXLightDirection, &direction},
-            {QorNvFXLightColor, &color},                {QorNvFXLightSpecularColor, &color},
+        const std::pair<QorNvFXNamedUniform, const std::vector<float>*> fed[] = {{QorNvFXLightPosition, &position},
+            {QorNvFXLightDirection, &direction}, {QorNvFXLightColor, &color}, {QorNvFXLightSpecularColor, &color},
             {QorNvFXLightAxialFalloffConstant, &constant}, {QorNvFXLightRadialInnerCone, &inner},
-            {QorNvFXLightRadialOuterCone, &outer},      {QorNvFXLightRadialFalloffExponent, &exponent},
-        };
-        for (const auto& [which, values] : fed) {
-            if (values->empty())
-                continue;
-            EXPECT_TRUE(effect.GetNamedUniform(which)->setValuefv(values->data(), static_cast<int>(values->size())));
-        }
+            {QorNvFXLightRadialOuterCone, &outer}, {QorNvFXLightRadialFalloffExponent, &constant}};
+        for (const auto& [which, values] : fed)
+            if (!values->empty()) {
+                EXPECT_TRUE(effect.GetNamedUniform(which)->setValuefv(values->data(), static_cast<int>(values->size())));
+            }
         const int count = static_cast<int>(lights.size());
         EXPECT_TRUE(effect.GetNamedUniform(QorNvFXLightCount)->setValueiv(&count, 1));
         EXPECT_TRUE(effect.GetFeedUniform(QorFeedGlobalAmbientColor)->setValue4f(ambient[0], ambient[1], ambient[2], 1));
         nvFX::IUniform* environment = effect.GetFeedUniform(QorFeedAutomaticEnvironmentMap);
-        environment->setSamplerResource(cube ? cube->Id() : 0, environment->getExInterface()->getSamplerUnit());
+        environment->setSamplerResource(cube ? m_textures[1] : 0, environment->getExInterface()->getSamplerUnit());
         const int tracking = cube ? 1 : 0;
         EXPECT_TRUE(effect.GetContainer()->findUniform("AutomaticEnvironmentMapTracking")->setValueiv(&tracking, 1));
     }
 
-    // Pushes the shader's values (`map` for its textures) and draws a quad filling the
-    // viewport at z = 0, facing the eye, with every pass; the pixels, rows from the bottom.
-    std::vector<unsigned char> Draw(QorIShader& shader, const PlainTexture& map)
+    // Pushes the shader's values (the white map for its textures) and draws a quad filling
+    // the viewport at z = 0, facing the eye, with every pass; the pixels, rows from the bottom.
+    std::vector<unsigned char> Draw(QorIShader& shader)
     {
         QorNvFXEffect& effect = Effect(shader);
         effect.UploadCurrentParameters(false);
@@ -148,7 +144,7 @@ protected:
         for (int index = 1; index < shader.GetNbParameters(); ++index)
             if (shader.GetParameterType(index) == QorValueTexture) {
                 nvFX::IUniform* sampler = parameters->GetUniform(index);
-                sampler->setSamplerResource(map.Id(), sampler->getExInterface()->getSamplerUnit());
+                sampler->setSamplerResource(m_textures[0], sampler->getExInterface()->getSamplerUnit());
             }
         glClearColor(0, 0, 0, 1);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -180,13 +176,13 @@ protected:
     QorScopedEnv m_startup{"QorStartupPath", nullptr};
     QorGLContext m_context;
     QorRegistryGuard m_registry; // the textured sample registers its texture; it goes while the context is current
+    GLuint m_textures[2] = {0, 0}; ///< white 2D, red cube
 };
 
 } // namespace
 
 TEST_F(QorNvFXSamplesGLTest, EverySampleLoadsBindsTheIncludeValidatesAndDrawsALitPixel)
 {
-    const PlainTexture white(GL_TEXTURE_2D, {255, 255, 255, 255});
     for (const char* name : {"plastic.glslfx", "brushed_metal.glslfx", "textured.glslfx", "chrome.glslfx", "toon.glslfx"}) {
         SCOPED_TRACE(name);
         Shader shader = Load(name);
@@ -204,8 +200,8 @@ TEST_F(QorNvFXSamplesGLTest, EverySampleLoadsBindsTheIncludeValidatesAndDrawsALi
         ASSERT_EQ(effect.GetContainer()->findTechnique(1), nullptr) << "one technique";
         ASSERT_TRUE(effect.GetCurrentTechnique()->validate());
 
-        Feed(effect, {Light{}}, {0.3f, 0.3f, 0.3f}, nullptr);
-        const auto centre = At(Draw(*shader, white), kSize / 2, kSize / 2);
+        Feed(effect, {Light{}}, {0.3f, 0.3f, 0.3f});
+        const auto centre = At(Draw(*shader), kSize / 2, kSize / 2);
         EXPECT_GT(centre[0] + centre[1] + centre[2], 150) << "a lit pixel";
     }
 }
@@ -215,30 +211,28 @@ TEST_F(QorNvFXSamplesGLTest, TheIncludeTellsLightKindsByTheirValues)
     Shader plastic = LoadWhitePlastic();
     ASSERT_TRUE(plastic);
     QorNvFXEffect& effect = Effect(*plastic);
-    const PlainTexture white(GL_TEXTURE_2D, {255, 255, 255, 255});
     const int corner = 1, middle = kSize / 2;
 
     Light point; // at z = 2 with equal cones
-    Feed(effect, {point}, {0, 0, 0}, nullptr);
-    std::vector<unsigned char> pixels = Draw(*plastic, white);
-    EXPECT_GT(At(pixels, middle, middle)[0], 240);
-    EXPECT_GT(At(pixels, corner, corner)[0], 150) << "a point light reaches the corners";
-
     Light spot = point; // a narrow cone around -z: the corners lie outside
     spot.innerCone = 0.99f;
     spot.outerCone = 0.98f;
-    Feed(effect, {spot}, {0, 0, 0}, nullptr);
-    pixels = Draw(*plastic, white);
-    EXPECT_GT(At(pixels, middle, middle)[0], 240);
-    EXPECT_LT(At(pixels, corner, corner)[0], 10) << "outside the spot's cone";
+    for (const Light& light : {point, spot}) {
+        Feed(effect, {light}, {0, 0, 0});
+        const std::vector<unsigned char> pixels = Draw(*plastic);
+        EXPECT_GT(At(pixels, middle, middle)[0], 240);
+        const int red = At(pixels, corner, corner)[0];
+        EXPECT_TRUE(light.innerCone == 0 ? red > 150 : red < 10) << red << ": a point light reaches the corners, "
+                                                                   "which lie outside the spot's cone";
+    }
 
     Light directional; // w = 0: only the direction counts
     directional.position = {0, 0, -5, 0};
-    Feed(effect, {directional}, {0, 0, 0}, nullptr);
-    EXPECT_GT(At(Draw(*plastic, white), corner, corner)[0], 240) << "travelling along -z, it lights all alike";
+    Feed(effect, {directional}, {0, 0, 0});
+    EXPECT_GT(At(Draw(*plastic), corner, corner)[0], 240) << "travelling along -z, it lights all alike";
     directional.direction = {0, 0, 1};
-    Feed(effect, {directional}, {0, 0, 0}, nullptr);
-    EXPECT_LT(At(Draw(*plastic, white), middle, middle)[0], 10) << "travelling away from the surface";
+    Feed(effect, {directional}, {0, 0, 0});
+    EXPECT_LT(At(Draw(*plastic), middle, middle)[0], 10) << "travelling away from the surface";
 }
 
 TEST_F(QorNvFXSamplesGLTest, TheIncludeSwitchesBetweenTheColourAndTheCubeEnvironment)
@@ -246,25 +240,23 @@ TEST_F(QorNvFXSamplesGLTest, TheIncludeSwitchesBetweenTheColourAndTheCubeEnviron
     Shader plastic = LoadWhitePlastic();
     ASSERT_TRUE(plastic);
     QorNvFXEffect& effect = Effect(*plastic);
-    const PlainTexture white(GL_TEXTURE_2D, {255, 255, 255, 255});
-    const PlainTexture red(GL_TEXTURE_CUBE_MAP, {255, 0, 0, 255});
 
-    Feed(effect, {}, {0.4f, 0.6f, 0.8f}, nullptr);
-    const auto colour = At(Draw(*plastic, white), kSize / 2, kSize / 2);
+    Feed(effect, {}, {0.4f, 0.6f, 0.8f});
+    const auto colour = At(Draw(*plastic), kSize / 2, kSize / 2);
     EXPECT_NEAR(colour[0], 102, 2);
     EXPECT_NEAR(colour[1], 153, 2);
     EXPECT_NEAR(colour[2], 204, 2) << "without the cube, the ambient light is the colour";
 
-    Feed(effect, {}, {0.4f, 0.6f, 0.8f}, &red);
-    const auto cube = At(Draw(*plastic, white), kSize / 2, kSize / 2);
+    Feed(effect, {}, {0.4f, 0.6f, 0.8f}, true);
+    const auto cube = At(Draw(*plastic), kSize / 2, kSize / 2);
     EXPECT_NEAR(cube[0], 102, 2);
     EXPECT_LT(cube[1] + cube[2], 4) << "with it, the colour times the cube's texel";
 
     Shader chrome = Load("chrome.glslfx");
     ASSERT_TRUE(chrome);
     chrome->SetParameterColor(1, 1, 1, 1, 1);
-    Feed(Effect(*chrome), {}, {0.4f, 0.6f, 0.8f}, &red);
-    const auto reflected = At(Draw(*chrome, white), kSize / 2, kSize / 2);
+    Feed(Effect(*chrome), {}, {0.4f, 0.6f, 0.8f}, true);
+    const auto reflected = At(Draw(*chrome), kSize / 2, kSize / 2);
     EXPECT_GT(reflected[0], 250);
     EXPECT_LT(reflected[1] + reflected[2], 4) << "reflections are the cube's texel alone";
 }

@@ -43,17 +43,12 @@ TEST(QorNvFXShaderValueTest, RecordsCarryFourComponentsAndKeepTheCount)
     text.UnStream(stream);
     EXPECT_FALSE(stream.IsFailed());
     EXPECT_EQ(back.ComponentCount(), 2);
-    float components[4] = {};
-    back.Get(components);
-    EXPECT_EQ(components[1], 0.75f);
-    float value = 0;
-    number.Get(&value);
-    EXPECT_EQ(value, 4.5f);
+    EXPECT_EQ(back.Components()[1], 0.75f);
+    EXPECT_EQ(number.Components()[0], 4.5f);
     EXPECT_STREQ(text.File(), "") << "the empty string was streamed";
     EXPECT_EQ(back.GetParameter(), nullptr) << "a token never turns back into a uniform";
 
     QorNvFXShaderValueFloat untouched(nullptr, 1.0f);
     untouched.UnStream(stream); // nothing left to read
-    untouched.Get(&value);
-    EXPECT_EQ(value, 1.0f) << "a record cut short changes nothing";
+    EXPECT_EQ(untouched.Components()[0], 1.0f) << "a record cut short changes nothing";
 }

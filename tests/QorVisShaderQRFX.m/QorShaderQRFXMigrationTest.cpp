@@ -16,26 +16,34 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
-// The parameter stream a CgFX set writes: Gloss 0.25, Lost 7 (no such uniform in the
-// GLSL effect) and Base (0.9, 0.8, 0.7, 0.6).
+// Writes the parameter stream a CgFX set writes: the names, then per value its type, a
+// zero token and its data (one float, four floats, or the image id -1 of a texture stored
+// without its image).
+void WriteRecords(QorStreamer& stream, const std::vector<std::pair<const char*, std::vector<float>>>& records)
+{
+    stream.WriteInt(static_cast<int>(records.size()), 0);
+    for (const auto& record : records)
+        stream.WriteString(record.first);
+    stream.WriteInt(static_cast<int>(records.size()), 0);
+    for (const auto& [name, data] : records) {
+        stream.WriteInt(data.empty() ? 4 : data.size() == 1 ? 1 : 2, 0);
+        stream.WriteInt(0, 0);
+        if (data.empty())
+            stream.WriteInt(-1, 0);
+        else
+            stream.WriteFloat(data.data(), static_cast<int>(data.size()));
+    }
+}
+
+// Gloss 0.25, Lost 7 (no such uniform in the GLSL effect) and Base (0.9, 0.8, 0.7, 0.6).
 void WriteStoredValues(QorStreamer& stream)
 {
-    stream.WriteInt(3, 0);
-    for (const char* name : {"Gloss", "Lost", "Base"})
-        stream.WriteString(name);
-    stream.WriteInt(3, 0);
-    for (float value : {0.25f, 7.0f}) {
-        stream.WriteInt(1, 0);
-        stream.WriteInt(0, 0);
-        stream.WriteFloat(value);
-    }
-    const float base[4] = {0.9f, 0.8f, 0.7f, 0.6f};
-    stream.WriteInt(2, 0);
-    stream.WriteInt(0, 0);
-    stream.WriteFloat(base, 4);
+    WriteRecords(stream, {{"Gloss", {0.25f}}, {"Lost", {7.0f}}, {"Base", {0.9f, 0.8f, 0.7f, 0.6f}}});
 }
 
 QorNvFXShaderParameters StoredValues()
@@ -47,11 +55,14 @@ QorNvFXShaderParameters StoredValues()
     return stored;
 }
 
-// A graphic path holding the GLSL effect "metal.glslfx".
+// A graphic path holding a GLSL effect, by default the test effect as "metal.glslfx".
 struct GlslfxFolder
 {
+    explicit GlslfxFolder(const char* name = "metal.glslfx", const char* text = kQorNvFXTestEffect)
+    {
+        dir.Write(name, text);
+    }
     QorTempDir dir;
-    std::string path = dir.Write("metal.glslfx", kQorNvFXTestEffect);
     QorScopedEnv graphic{"QorGraphicPath", dir.Path().c_str()};
     QorScopedEnv startup{"QorStartupPath", nullptr};
 };
@@ -67,17 +78,11 @@ float FloatOf(QorIShader& shader, const char* name)
 
 TEST(QorShaderQRFXMigrationTest, StoredNamesLeadToGlslfxNames)
 {
-    const struct
-    {
-        const char* stored;
-        const char* glslfx;
-    } cases[] = {{"C:\\shaders\\metal.cgfx", "metal.glslfx"},
-                 {"C:\\old.2\\metal.cgfx", "old.glslfx"},
-                 {"metal.cgfx", "metal.glslfx"},
-                 {"/unix/folder/metal.cgfx", "/unix/folder/metal.glslfx"},
-                 {"", ".glslfx"}};
-    for (const auto& c : cases)
-        EXPECT_STREQ(QorShaderQRFXMigration::GlslfxName(QorUnicodeString(c.stored)).c_str(), c.glslfx) << c.stored;
+    const std::pair<const char*, const char*> cases[] = {{"C:\\shaders\\metal.cgfx", "metal.glslfx"},
+        {"C:\\old.2\\metal.cgfx", "old.glslfx"}, {"metal.cgfx", "metal.glslfx"},
+        {"/unix/folder/metal.cgfx", "/unix/folder/metal.glslfx"}, {"", ".glslfx"}};
+    for (const auto& [stored, glslfx] : cases)
+        EXPECT_STREQ(QorShaderQRFXMigration::GlslfxName(QorUnicodeString(stored)).c_str(), glslfx) << stored;
 }
 
 TEST(QorShaderQRFXMigrationTest, ValuesAreCopiedByNameAndMissingOnesSaidOnce)
@@ -111,36 +116,22 @@ TEST(QorShaderQRFXMigrationTest, ValuesAreCopiedByNameAndMissingOnesSaidOnce)
 TEST(QorShaderQRFXMigrationTest, ATextureStoredWithoutItsImageLeavesEveryValueOnItsName)
 {
     QorRegistryGuard guard; // the test effect registers its texture
-    QorTempDir dir;
-    dir.Write("paint.glslfx", R"(
+    GlslfxFolder folder("paint.glslfx", R"(
 uniform sampler2D ColorMap < defaultFile = "wood.tif"; >;
 uniform float B = 1.0;
 uniform float C = 2.0;
 GLSLShader FS { void main() { gl_FragColor = texture(ColorMap, vec2(B, C)); } }
 Technique T { Pass p0 { FragmentProgram = FS; } }
 )");
-    QorScopedEnv graphic("QorGraphicPath", dir.Path().c_str());
-    QorScopedEnv startup("QorStartupPath", nullptr);
-    // A CgFX sampler without a file is written with no image (id -1), then B 10 and C 20.
+    // A CgFX sampler without a file is written with no image, then B 10 and C 20.
     QorResourceZPKContainer container;
     QorStreamer stream;
     stream.SetResourceZPKContainer(&container);
-    stream.WriteInt(3, 0);
-    for (const char* name : {"ColorMap", "B", "C"})
-        stream.WriteString(name);
-    stream.WriteInt(3, 0);
-    for (int field : {4, 0, -1})
-        stream.WriteInt(field, 0);
-    for (float value : {10.0f, 20.0f}) {
-        stream.WriteInt(1, 0);
-        stream.WriteInt(0, 0);
-        stream.WriteFloat(value);
-    }
+    WriteRecords(stream, {{"ColorMap", {}}, {"B", {10.0f}}, {"C", {20.0f}}});
     stream.Rewind();
     QorNvFXShaderParameters stored;
     stored.UnStream(stream);
     ASSERT_EQ(stored.GetValueList()->size(), 3u) << "every record keeps its place";
-    EXPECT_EQ(stored.GetParameterType(1), 4);
 
     QorNvFXShader shader;
     QorShaderQRFXMigration migration;
@@ -155,14 +146,11 @@ Technique T { Pass p0 { FragmentProgram = FS; } }
     EXPECT_STREQ(texture, "wood.tif") << "the GLSL effect keeps its own texture";
 
     const QorShaderMigrationReport* report = migration.GetEntryReport(0);
-    ASSERT_NE(report, nullptr);
-    EXPECT_TRUE(report->loaded);
+    ASSERT_TRUE(report && report->loaded && report->values.size() == 3u);
     EXPECT_TRUE(report->CarriedEverything());
     using Outcome = QorShaderMigrationReport::Outcome;
-    ASSERT_EQ(report->values.size(), 3u);
-    EXPECT_EQ(report->values[0].outcome, Outcome::NoImage);
-    EXPECT_EQ(report->values[1].outcome, Outcome::Carried);
-    EXPECT_EQ(report->values[2].outcome, Outcome::Carried);
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(report->values[i].outcome, i == 0 ? Outcome::NoImage : Outcome::Carried) << i;
 }
 
 TEST(QorShaderQRFXMigrationTest, AShaderDestroyedBeforeTheRunLeavesTheMigration)
