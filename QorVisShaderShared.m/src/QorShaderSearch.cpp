@@ -55,11 +55,14 @@ bool FindShaderFile(const QorString& name, QorString& path)
     if (Accessible(name) ||
         FindUnder("QorStartupPath", "\\materials\\shaders\\", name.c_str(), ";", " ;", path, nullptr))
         return true;
+    // QorFindPath tests each candidate and hands the name back unchanged when none passes:
+    // what it hands back otherwise needs no second test (every material looks its file up).
     path = QorFindPath(name.c_str(), "QorGraphicPath");
-    if (Accessible(path))
+    if (path != name)
         return true;
-    path = QorFindPath((QorString("shaders\\") + name).c_str(), "QorGraphicPath");
-    return Accessible(path);
+    const QorString inShaders = QorString("shaders\\") + name;
+    path = QorFindPath(inShaders.c_str(), "QorGraphicPath");
+    return path != inShaders || Accessible(path);
 }
 
 bool FindEffectFile(const QorString& name, QorString& path)

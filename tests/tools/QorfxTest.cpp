@@ -93,6 +93,7 @@ TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
         {"inspect " + dir.File("broken.zpk"), 1, "broken.zpk"},
         {"render " + plastic, 2, ""},
         {"render " + plastic + " -o " + dir.File("no-extension"), 2, "needs an image extension"},
+        {"render " + plastic + " -o " + dir.File("sheet.nothing"), 2, "needs an image extension"},
         {"render " + plastic + " -o " + out + " --size 0x0", 2, "--size"},
         {"render " + plastic + " -o " + out + " --size 100000x100000", 2, "--size"},
         {"render " + plastic + " -o " + out + " --size 12", 2, "--size"},

@@ -4,6 +4,7 @@
 #include "QorfxSheet.h"
 #include "QorfxScene.h"
 #include "QorGL/QorGLContext.h"
+#include "QorVisFoundation/QorTexturePixelImage.h"
 #include "QorVisShaders/QorShaderManager.h"
 
 #include <GL/gl.h>
@@ -109,7 +110,9 @@ int QorfxRenderTiles(const std::vector<QorfxTile>& inputs, const std::string& ou
 
 std::string QorfxImageFormat(const std::string& output)
 {
-    return QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(output.c_str())).c_str();
+    const std::string format =
+        QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(output.c_str())).c_str();
+    return QorTexturePixelImage::IsWritableFormat(format.c_str()) ? format : std::string();
 }
 
 int QorfxRender(const std::vector<std::string>& inputs, const std::string& output, const QorfxRenderOptions& options)

@@ -55,7 +55,7 @@ struct Refused
 constexpr Refused kRefused[] = {
     {"Sampler", "sampler states"},    {"sampler_state", "sampler states"},
     {"Texture", "texture resources"}, {"Image", "texture resources"},
-    {"HLSL", "HLSL code"},
+    {"HLSL", "HLSL programs"},
 };
 
 // Texture resources by kind, with the sampler type each fits.

@@ -64,7 +64,11 @@ int QorFileDescriptor::Release()
     return std::exchange(m_fd, -1);
 }
 
-int QorOpenRegularFile(const char* path, std::uint64_t maxBytes, std::string* why)
+namespace {
+
+// QorOpenRegularFile, also giving the size it checked: a reader sizes its buffer with it
+// instead of asking the system again.
+int OpenRegularFile(const char* path, std::uint64_t maxBytes, std::string* why, std::uint64_t& size)
 {
     if (!path || !*path)
         return RefuseOpen(why, "no file name");
@@ -75,9 +79,18 @@ int QorOpenRegularFile(const char* path, std::uint64_t maxBytes, std::string* wh
     struct stat info;
     if (fstat(file.Get(), &info) != 0 || !S_ISREG(info.st_mode))
         return RefuseOpen(why, "not a regular file");
-    if (static_cast<std::uint64_t>(info.st_size) > maxBytes)
+    size = static_cast<std::uint64_t>(info.st_size);
+    if (size > maxBytes)
         return RefuseOpen(why, "the file is too large");
     return file.Release();
+}
+
+} // namespace
+
+int QorOpenRegularFile(const char* path, std::uint64_t maxBytes, std::string* why)
+{
+    std::uint64_t size = 0;
+    return OpenRegularFile(path, maxBytes, why, size);
 }
 
 bool QorIsRegularFile(const char* path, std::uint64_t maxBytes, std::string* why)
@@ -87,13 +100,11 @@ bool QorIsRegularFile(const char* path, std::uint64_t maxBytes, std::string* why
 
 bool QorReadRegularFile(const char* path, std::string& content, std::size_t maxBytes, std::string* why)
 {
-    const QorFileDescriptor file(QorOpenRegularFile(path, maxBytes, why));
+    std::uint64_t size = 0;
+    const QorFileDescriptor file(OpenRegularFile(path, maxBytes, why, size));
     if (file.Get() < 0)
         return false;
-    struct stat info;
-    if (fstat(file.Get(), &info) != 0)
-        return Refuse(why, "cannot read the file");
-    std::string read(static_cast<std::size_t>(info.st_size), '\0');
+    std::string read(static_cast<std::size_t>(size), '\0');
     std::size_t done = 0;
     while (done < read.size()) {
         const ssize_t got = ::read(file.Get(), &read[done], read.size() - done);

@@ -244,6 +244,11 @@ QorTexturePixelImage* QorTexturePixelImage::ReadFromMemory(const void* data, std
     return Decode(std::string("memory.") + plugin, &proxy, name);
 }
 
+bool QorTexturePixelImage::IsWritableFormat(const char* formatName)
+{
+    return PluginForWord(formatName) != nullptr;
+}
+
 bool QorTexturePixelImage::Encode(const char* formatName, std::string& bytes) const
 {
     const char* plugin = PluginForWord(formatName);

@@ -171,7 +171,7 @@ TEST(EffectErrorsTest, ConstructsOfTheWiderFormatAndSceneLevelBlocksAreRefusedBy
         {"texture array", "TextureResource2DArray Tex { }",
          "effect(1): error: texture resources are not supported: 'TextureResource2DArray'"},
         {"image", "ImageResource2D Img { }", "effect(1): error: texture resources are not supported: 'ImageResource2D'"},
-        {"HLSL", "HLSL11Shader S { }", "effect(1): error: HLSL code are not supported: 'HLSL11Shader'"},
+        {"HLSL", "HLSL11Shader S { }", "effect(1): error: HLSL programs are not supported: 'HLSL11Shader'"},
         {"render texture", "uniform float a;\n\nRenderTexture colourTex\n{ MSAA = {0,0}; }",
          scene("3): error: colourTex:", "RenderTexture")},
         {"CUDA without a name", "CUDACode { }", scene("1): error: CUDACode:", "CUDACode")},

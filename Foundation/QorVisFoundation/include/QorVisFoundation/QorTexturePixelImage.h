@@ -93,6 +93,9 @@ public:
     /// The bytes of the file WriteToFile would write; false (and `bytes` unspecified) when
     /// the format is unknown or the image cannot be encoded.
     bool Encode(const char* formatName, std::string& bytes) const;
+    /// Whether `formatName` is one of the words WriteToFile and Encode take (case
+    /// ignored): a caller can refuse an output before it draws what it would write.
+    static bool IsWritableFormat(const char* formatName);
 
     /// The newest image of that name in the process-wide list, borrowed; null when absent.
     static QorTexturePixelImage* GetImageFromList(const QorString& name);
