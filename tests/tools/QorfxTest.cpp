@@ -116,6 +116,7 @@ TEST(QorfxTest, EverySubcommandRefusesBadInputWithOneLineAndAnExitCode)
         {"sgi " + dir.File("none.rgb") + " -o " + out, 1, "not a readable SGI image"},
         {"sgi " + dir.File("not-sgi.rgb") + " -o " + out, 1, "not a readable SGI image"},
         {"sgi " + QorfxSample("textures/checker.rgb") + " -o " + dir.File("no-extension"), 2, "image extension"},
+        {"sgi " + QorfxSample("textures/checker.rgb") + " -o " + dir.File("checker.nothing"), 2, "image extension"},
         {"sgi " + QorfxSample("textures/checker.rgb") + " -o " + dir.File("no/such/folder/x.png"), 1,
          "cannot be created"},
     };

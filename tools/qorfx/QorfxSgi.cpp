@@ -1,9 +1,9 @@
 #include "QorfxSgi.h"
 
 #include "QorfxOutput.h"
+#include "QorfxRender.h"
 
 #include "QorVisFoundation/QorTexturePixelImage.h"
-#include "QorVisShaders/QorShaderManager.h"
 #include "QorVisFoundation/QorTextureReader.h"
 
 #include <cstdio>
@@ -13,8 +13,7 @@
 
 int QorfxConvertSgi(const std::string& input, const std::string& output)
 {
-    const std::string format =
-        QorShaderManager::ShaderParamRetrieveTextureExtension(QorUnicodeString(output.c_str())).c_str();
+    const std::string format = QorfxImageFormat(output);
     if (format.empty()) {
         std::fprintf(stderr, "qorfx: %s: the output needs an image extension such as .png\n", output.c_str());
         return 2;
