@@ -213,3 +213,34 @@ TEST(QorfxGLTest, TheEffectOfEveryConstructDraws)
         }
     EXPECT_GT(differing, 200) << "the repeated checker follows Tiling";
 }
+
+TEST(QorfxGLTest, DeclaredVertexInputsAreFedByNameOrLocation)
+{
+    // Core GLSL reads no gl_Vertex: the mesh reaches inputs named like a position and a
+    // normal, and an input of another name through its location (2: texture coordinates).
+    QorTempDir dir;
+    const std::string effect = dir.Write("core.glslfx", R"(
+uniform mat4 WorldViewProj : WORLDVIEWPROJECTION;
+GLSLShader { #version 330
+}
+GLSLShader VS {
+    in vec3 inPosition;
+    in vec3 Normal;
+    layout(location = 2) in vec2 st;
+    out vec3 shade;
+    void main() { shade = vec3(st, abs(Normal.z)); gl_Position = WorldViewProj * vec4(inPosition, 1.0); }
+}
+GLSLShader FS {
+    in vec3 shade;
+    out vec4 colour;
+    void main() { colour = vec4(shade, 1.0); }
+}
+Technique Core { Pass P { VertexProgram = VS; FragmentProgram = FS; } }
+)");
+    const QorfxResult drawn = RunQorfx("render " + effect + " --size 64x64 --mesh quad -o " + dir.File("core.png"));
+    ASSERT_EQ(drawn.exitCode, 0) << drawn.err;
+    const auto centre = Read(dir.File("core.png")).At(32, 32);
+    EXPECT_NEAR(centre[0], 128, 24) << "texture coordinates by location";
+    EXPECT_NEAR(centre[1], 128, 24);
+    EXPECT_GT(centre[2], 230) << "the normal by its name";
+}

@@ -1,8 +1,15 @@
+// Before any GL header: the GL 2.0 attribute functions are exported by libGL.
+#define GL_GLEXT_PROTOTYPES 1
+
 #include "QorfxScene.h"
 
 #include <GL/gl.h>
+#include <GL/glext.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <string>
 
 namespace {
 
@@ -83,6 +90,56 @@ void Cross(const float a[3], const float b[3], float out[3])
     out[2] = a[0] * b[1] - a[1] * b[0];
 }
 
+// Which of a vertex's arrays feeds a vertex input the program declares: by a common
+// spelling of its name, else by its location (0 position, 1 normal, 2 texture
+// coordinates); null for an input neither names.
+const float* ArrayForInput(std::string name, GLint location, const QorfxVertex& vertex, GLint& components)
+{
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+    const auto has = [&name](const char* word) { return name.find(word) != std::string::npos; };
+    const int role = has("tex") || has("uv") || has("coord") ? 2
+                     : has("normal")                         ? 1
+                     : has("pos") || has("vertex")           ? 0
+                                                             : location;
+    components = role == 2 ? 2 : 3;
+    return role == 0 ? vertex.position : role == 1 ? vertex.normal : role == 2 ? vertex.uv : nullptr;
+}
+
+// Effects written for core GLSL declare their vertex inputs instead of reading gl_Vertex,
+// gl_Normal and gl_MultiTexCoord0: each input of the current program gets the mesh array
+// it names. The locations enabled, for the caller to disable after drawing.
+std::vector<GLuint> FeedDeclaredInputs(const std::vector<QorfxVertex>& mesh)
+{
+    std::vector<GLuint> fed;
+    GLint program = 0;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+    if (program == 0)
+        return fed;
+    GLint count = 0, longest = 0;
+    glGetProgramiv(static_cast<GLuint>(program), GL_ACTIVE_ATTRIBUTES, &count);
+    glGetProgramiv(static_cast<GLuint>(program), GL_ACTIVE_ATTRIBUTE_MAX_LENGTH, &longest);
+    std::string name(static_cast<std::size_t>(std::max(longest, 1)), '\0');
+    for (GLint index = 0; index < count; ++index) {
+        GLsizei length = 0;
+        GLint size = 0;
+        GLenum type = 0;
+        glGetActiveAttrib(static_cast<GLuint>(program), static_cast<GLuint>(index), static_cast<GLsizei>(name.size()),
+                          &length, &size, &type, name.data());
+        const std::string input(name.data(), static_cast<std::size_t>(length));
+        if (input.rfind("gl_", 0) == 0)
+            continue; // a built-in the client arrays feed
+        const GLint location = glGetAttribLocation(static_cast<GLuint>(program), input.c_str());
+        GLint components = 0;
+        const float* array = location < 0 ? nullptr : ArrayForInput(input, location, mesh[0], components);
+        if (!array)
+            continue;
+        glEnableVertexAttribArray(static_cast<GLuint>(location));
+        glVertexAttribPointer(static_cast<GLuint>(location), components, GL_FLOAT, GL_FALSE, sizeof(QorfxVertex), array);
+        fed.push_back(static_cast<GLuint>(location));
+    }
+    return fed;
+}
+
 } // namespace
 
 std::vector<QorfxVertex> QorfxMakeMesh(const std::string& kind)
@@ -106,7 +163,10 @@ void QorfxDrawMesh(const std::vector<QorfxVertex>& mesh)
     glVertexPointer(3, GL_FLOAT, sizeof(QorfxVertex), mesh[0].position);
     glNormalPointer(GL_FLOAT, sizeof(QorfxVertex), mesh[0].normal);
     glTexCoordPointer(2, GL_FLOAT, sizeof(QorfxVertex), mesh[0].uv);
+    const std::vector<GLuint> fed = FeedDeclaredInputs(mesh);
     glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(mesh.size()));
+    for (GLuint location : fed)
+        glDisableVertexAttribArray(location);
     glDisableClientState(GL_TEXTURE_COORD_ARRAY);
     glDisableClientState(GL_NORMAL_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
