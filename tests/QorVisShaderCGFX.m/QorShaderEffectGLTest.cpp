@@ -3,6 +3,7 @@
 #include "CgFXShader.h"
 
 #include "QorGL/QorGLContext.h"
+#include "QorPlainTexture.h"
 #include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 #include "QorVisShaderCGFX/QorShaderEffect.h"
@@ -33,23 +34,6 @@ std::array<int, 4> PixelAt(const std::vector<unsigned char>& pixels, int x, int 
     return {p[0], p[1], p[2], p[3]};
 }
 
-// A texture of one white texel on each face: a 2D map or a cube map.
-GLuint WhiteTexture(GLenum target)
-{
-    const unsigned char white[4] = {255, 255, 255, 255};
-    GLuint id = 0;
-    glGenTextures(1, &id);
-    glBindTexture(target, id);
-    const bool cube = target == GL_TEXTURE_CUBE_MAP;
-    for (int face = 0; face < (cube ? 6 : 1); ++face)
-        glTexImage2D(cube ? GL_TEXTURE_CUBE_MAP_POSITIVE_X + face : target, 0, GL_RGBA8, 1, 1, 0, GL_RGBA,
-                     GL_UNSIGNED_BYTE, white);
-    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glBindTexture(target, 0);
-    return id;
-}
-
 // A quad filling the viewport at z = 0, facing +z.
 void DrawWithCurrentTechnique(QorShaderEffect& effect)
 {
@@ -75,8 +59,8 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError();
-        m_textures[0] = WhiteTexture(GL_TEXTURE_2D);
-        m_textures[1] = WhiteTexture(GL_TEXTURE_CUBE_MAP);
+        m_textures[0] = QorPlainTexture(GL_TEXTURE_2D, {255, 255, 255, 255});
+        m_textures[1] = QorPlainTexture(GL_TEXTURE_CUBE_MAP, {255, 255, 255, 255});
     }
     // Textures handed back by the materials go, with their GL names, while the context lives.
     void TearDown() override

@@ -3,6 +3,7 @@
 // technique and draws a lit pixel; the include tells light kinds and switches the
 // environment as its comments say.
 #include "QorGL/QorGLContext.h"
+#include "QorPlainTexture.h"
 #include "QorRegistryGuard.h"
 #include "QorTestSupport.h"
 #include "QorVisShaderQRFX/QorQRFXFactory.h"
@@ -33,22 +34,6 @@ struct ShaderDestroy
 };
 using Shader = std::unique_ptr<QorIShader, ShaderDestroy>;
 
-// A texture of one texel of `rgba` on each face: a 2D map or a cube map.
-GLuint PlainTexture(GLenum target, std::array<unsigned char, 4> rgba)
-{
-    GLuint id = 0;
-    glGenTextures(1, &id);
-    glBindTexture(target, id);
-    const bool cube = target == GL_TEXTURE_CUBE_MAP;
-    for (int face = 0; face < (cube ? 6 : 1); ++face)
-        glTexImage2D(cube ? GL_TEXTURE_CUBE_MAP_POSITIVE_X + face : target, 0, GL_RGBA8, 1, 1, 0, GL_RGBA,
-                     GL_UNSIGNED_BYTE, rgba.data());
-    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    glBindTexture(target, 0);
-    return id;
-}
-
 struct Light
 {
     std::array<float, 4> position{0, 0, 2, 1};
@@ -63,8 +48,8 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(m_context.Open(kSize, kSize)) << m_context.GetError();
-        m_textures[0] = PlainTexture(GL_TEXTURE_2D, {255, 255, 255, 255});
-        m_textures[1] = PlainTexture(GL_TEXTURE_CUBE_MAP, {255, 0, 0, 255});
+        m_textures[0] = QorPlainTexture(GL_TEXTURE_2D, {255, 255, 255, 255});
+        m_textures[1] = QorPlainTexture(GL_TEXTURE_CUBE_MAP, {255, 0, 0, 255});
     }
     void TearDown() override
     {
